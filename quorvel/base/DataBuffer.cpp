@@ -1,0 +1,130 @@
+#include "quorvel/base/DataBuffer.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include "quorvel/base/qvHelpers.h"
+
+namespace quorvel {
+
+namespace {
+constexpr unsigned int mostBytes = std::numeric_limits<unsigned int>::max();
+constexpr unsigned int smallestBlock = 64;
+}  // namespace
+
+DataBuffer::~DataBuffer() { release(); }
+
+DataBuffer::DataBuffer(DataBuffer&& other) noexcept
+    : m_data(std::exchange(other.m_data, nullptr)),
+      m_size(std::exchange(other.m_size, 0)),
+      m_capacity(std::exchange(other.m_capacity, 0)) {}
+
+DataBuffer& DataBuffer::operator=(DataBuffer&& other) noexcept {
+  if (this != &other) {
+    release();
+    m_data = std::exchange(other.m_data, nullptr);
+    m_size = std::exchange(other.m_size, 0);
+    m_capacity = std::exchange(other.m_capacity, 0);
+  }
+  return *this;
+}
+
+bool DataBuffer::append(const void* bytes, unsigned int count) {
+  if (count == 0) return true;
+  if (!bytes || count > mostBytes - m_size) return false;
+  // The bytes may be our own, and growing moves them.
+  const auto* source = static_cast<const unsigned char*>(bytes);
+  const bool isOwn = m_data && source >= m_data && source < m_data + m_size;
+  const std::size_t offset = isOwn ? static_cast<std::size_t>(source - m_data) : 0;
+  unsigned char* room = growBy(count);
+  if (!room) return false;
+  std::memmove(room, isOwn ? m_data + offset : source, count);
+  keepWritten(count);
+  return true;
+}
+
+bool DataBuffer::append(const DataBuffer& other) { return append(other.m_data, other.m_size); }
+
+bool DataBuffer::appendChar(unsigned char byte) { return append(&byte, 1); }
+
+void DataBuffer::clear() {
+  if (m_capacity == 0) m_data = nullptr;
+  m_size = 0;
+}
+
+void DataBuffer::shorten(unsigned int size) { m_size = std::min(m_size, size); }
+
+bool DataBuffer::ensureBuffer(unsigned int capacity) {
+  return capacity <= m_capacity || relocate(std::max(capacity, m_size));
+}
+
+unsigned char* DataBuffer::growBy(unsigned int count) {
+  if (count > mostBytes - m_size) return nullptr;
+  const unsigned int needed = std::max(m_size + count, 1U);
+  if (needed > m_capacity) {
+    const unsigned int doubled = m_capacity > mostBytes / 2 ? mostBytes : 2 * m_capacity;
+    // Where memory is too tight to grow ahead, what is needed now may still fit.
+    if (!relocate(std::max({needed, doubled, smallestBlock})) && !relocate(needed)) return nullptr;
+  }
+  return m_data + m_size;
+}
+
+void DataBuffer::keepWritten(unsigned int count) { m_size += count; }
+
+const unsigned char* DataBuffer::getData2() const { return m_size ? m_data : nullptr; }
+
+const unsigned char* DataBuffer::getDataAt2(unsigned int index) const {
+  return index < m_size ? m_data + index : nullptr;
+}
+
+void DataBuffer::borrowData(unsigned char* bytes, unsigned int count) {
+  release();
+  m_data = bytes;
+  m_size = bytes ? count : 0;
+  m_capacity = 0;
+}
+
+void DataBuffer::takeData(unsigned char* block, unsigned int count) {
+  release();
+  if (!block || count == 0) {
+    delete[] block;
+    return;
+  }
+  m_data = block;
+  m_size = count;
+  m_capacity = count;
+}
+
+bool DataBuffer::drop_non_usascii() {
+  if (m_size == 0) return true;
+  if (m_capacity == 0 && !relocate(m_size)) return false;
+  const unsigned char* end =
+      std::remove_if(m_data, m_data + m_size, [](unsigned char byte) { return byte >= 0x80; });
+  m_size = static_cast<unsigned int>(end - m_data);
+  return true;
+}
+
+// Moves the content to an owned block of `capacity` bytes, which is at least
+// the size.
+bool DataBuffer::relocate(unsigned int capacity) {
+  unsigned char* block = qvNewUnsignedChar(capacity);
+  if (!block) return false;
+  if (m_size) std::memcpy(block, m_data, m_size);
+  const unsigned int size = m_size;
+  release();
+  m_data = block;
+  m_size = size;
+  m_capacity = capacity;
+  return true;
+}
+
+void DataBuffer::release() {
+  if (m_capacity) delete[] m_data;
+  m_data = nullptr;
+  m_size = 0;
+  m_capacity = 0;
+}
+
+}  // namespace quorvel

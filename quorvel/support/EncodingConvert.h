@@ -1,0 +1,176 @@
+#pragma once
+
+#include "quorvel/base/DataBuffer.h"
+#include "quorvel/base/Export.h"
+#include "quorvel/base/LogBase.h"
+#include "quorvel/base/StringBuffer.h"
+
+namespace quorvel {
+
+/// Converts bytes in one character encoding into bytes in another.
+///
+/// Encodings are named by Windows-style code page numbers (1252, 932, 1200 for
+/// UTF-16LE, 65001 for UTF-8) or by charset names. Every conversion appends to
+/// `out`, never clears it, reports into `log`, and returns true on success;
+/// afterwards `m_hadError` tells whether anything was substituted or dropped.
+///
+/// An object is cheap, holds only its caller's settings and serves any number
+/// of conversions, one thread at a time; any number of objects may convert at
+/// once.
+///
+/// Nothing here throws by itself. When memory runs out a conversion returns
+/// false at once and what it had appended stays.
+class QUORVEL_API EncodingConvert {
+ public:
+  EncodingConvert() = default;
+  virtual ~EncodingConvert();
+  EncodingConvert(const EncodingConvert&) = default;
+  EncodingConvert& operator=(const EncodingConvert&) = default;
+
+  // --- Settings ---------------------------------------------------------
+
+  /// What becomes of source text that cannot be converted (default 0):
+  ///
+  /// | action  | what is written                                            |
+  /// |---------|------------------------------------------------------------|
+  /// | 0       | nothing                                                    |
+  /// | 1       | the bytes of `setDefBytes`                                 |
+  /// | 2       | "&#x", the source bytes in hexadecimal, ";"                |
+  /// | 3, 4, 5 | nothing                                                    |
+  /// | 6       | the text converted to the code page of `setAltDestCodepage`|
+  /// | 7       | the source bytes as they are                               |
+  /// | 8       | from a single-byte source: the byte and a zero byte        |
+  ///
+  /// Any other value is stored too and writes nothing.
+  void setErrorAction(int action);
+
+  /// The code page that error action 6 converts to; 0 (the default) means the
+  /// destination of the conversion. The number is not checked.
+  void setAltDestCodepage(int codePage);
+
+  /// The substitution for error action 1, already in the destination encoding:
+  /// the first 100 bytes at most. A null pointer keeps the old bytes and
+  /// changes only the count; a negative count is taken as 0.
+  void setDefBytes(const unsigned char* bytes, int count);
+
+  // --- Conversion by code page number -----------------------------------
+
+  /// Converts `numBytes` bytes at `data`. A code page of 0 means that of the
+  /// other side; equal code pages copy; numbers below 100 other than 37 are
+  /// refused. Input of 7 bytes or more that begins with "%PDF-1" is copied
+  /// whatever the code pages.
+  bool EncConvert(int fromCodePage, int toCodePage, const unsigned char* data,
+                  unsigned int numBytes, DataBuffer& out, LogBase& log);
+
+  /// As `EncConvert`, after the destination's byte-order mark (UTF-8, UTF-16LE
+  /// and UTF-16BE have one here), which is written whatever follows.
+  bool EncConvertWithPreamble(int fromCodePage, int toCodePage, const unsigned char* data,
+                              unsigned int numBytes, DataBuffer& out, LogBase& log);
+
+  // --- Conversion by charset name or platform code page -----------------
+
+  /// From a charset name to a charset name. False, with nothing logged or
+  /// written, when either is unknown. The last argument has no effect.
+  bool ChConvert(StringBuffer& fromCharset, StringBuffer& toCharset, const unsigned char* data,
+                 unsigned int numBytes, DataBuffer& out, LogBase& log, bool);
+
+  /// From a charset name; an unknown one is logged and read as UTF-8.
+  bool ChConvert2(StringBuffer& fromCharset, int toCodePage, const unsigned char* data,
+                  unsigned int numBytes, DataBuffer& out, LogBase& log);
+  bool ChConvert2p(const char* fromCharset, int toCodePage, const unsigned char* data,
+                   unsigned int numBytes, DataBuffer& out, LogBase& log);
+
+  /// To a charset name; an unknown one silently becomes UTF-8.
+  bool ChConvert3(int fromCodePage, StringBuffer& toCharset, const unsigned char* data,
+                  unsigned int numBytes, DataBuffer& out, LogBase& log);
+  bool ChConvert3p(int fromCodePage, const char* toCharset, const unsigned char* data,
+                   unsigned int numBytes, DataBuffer& out, LogBase& log);
+  bool ChConvert3_withPreamble(int fromCodePage, StringBuffer& toCharset, const unsigned char* data,
+                               unsigned int numBytes, DataBuffer& out, LogBase& log);
+
+  /// From or to the platform's ANSI or OEM code page (see `Psdk`). A negative
+  /// length counts as 0.
+  bool AnsiToMultiByte(int toCodePage, const char* data, int numBytes, DataBuffer& out,
+                       LogBase& log);
+  bool MultiByteToAnsi(int fromCodePage, const unsigned char* data, int numBytes, DataBuffer& out,
+                       LogBase& log);
+  bool OemToMultiByte(int toCodePage, const char* data, int numBytes, DataBuffer& out,
+                      LogBase& log);
+  bool MultiByteToOem(int fromCodePage, const unsigned char* data, int numBytes, DataBuffer& out,
+                      LogBase& log);
+
+  // --- The steps of a conversion ----------------------------------------
+
+  /// Converts by way of UTF-16LE, both code pages resolved: strips the mark of
+  /// a Unicode source, normalises it and takes one of the routes.
+  bool convert_a(int fromCodePage, int toCodePage, const unsigned char* data, unsigned int numBytes,
+                 DataBuffer& out, LogBase& log);
+
+  /// UTF-8 to UTF-16. Ill-formed input goes through the error action; false
+  /// only when memory runs out.
+  bool cv_utf8_to_utf16(const unsigned char* data, unsigned int numBytes, DataBuffer& out,
+                        LogBase& log);
+
+  /// UTF-16 in host byte order to UTF-8. U+0000 is dropped, unpaired
+  /// surrogates are written as three bytes each. False for an odd `numBytes`
+  /// (the last byte is ignored) or when memory runs out.
+  bool cv_utf16_to_utf8(const unsigned char* data, unsigned int numBytes, DataBuffer& out,
+                        LogBase& log);
+
+  /// Decodes a table-driven code page to UTF-16LE. No code page has a table
+  /// yet: false unless there is nothing to decode.
+  bool convertToUnicodeHC(int fromCodePage, const unsigned char* in, unsigned int inLen,
+                          DataBuffer& out, LogBase& log);
+
+  /// Encodes UTF-16LE in a table-driven code page. No code page has a table
+  /// yet: false unless there is nothing to encode.
+  bool convertFromUnicodeHC(int toCodePage, const unsigned char* in, unsigned int inLen,
+                            DataBuffer& out, LogBase& log);
+
+  // --- Error policy -----------------------------------------------------
+
+  /// Appends each of `count` bytes as two upper-case hexadecimal digits; null
+  /// or a count of 0 or less appends nothing.
+  void appendHexData(const unsigned char* bytes, int count, DataBuffer& out);
+
+  /// Carries out the error action for the one byte at `p`.
+  void handleErrorFromSingleByte(const unsigned char* p, DataBuffer& out, LogBase& log);
+
+  /// Carries out the error action for the UTF-16 unit (two bytes) at `p`.
+  void handleErrorFromUnicode(const unsigned char* p, DataBuffer& out, LogBase& log);
+
+  /// Carries out the error action for the UTF-8 sequence at `p`, as long as
+  /// its lead byte announces and `numBytesLeft` allows. Returns that length,
+  /// the number of bytes to skip; 0, and nothing done, when there is none.
+  int handleErrorFromUtf8(const unsigned char* p, int numBytesLeft, DataBuffer& out, LogBase& log);
+
+  /// Carries out the error action for the multibyte sequence at `p`: two bytes
+  /// for the double-byte code pages, else one. Returns the number of bytes to
+  /// skip.
+  int handleErrorFromUnknown(const unsigned char* p, DataBuffer& out, LogBase& log);
+
+  // --- Fields -----------------------------------------------------------
+
+  /// Whether a surrogate pair may become one UTF-8 sequence of four bytes; it
+  /// becomes two of three bytes when this or `g_allow_4byte_utf8` is false.
+  bool m_allow4ByteUtf8 = true;
+  int m_errorAction = 0;               ///< see `setErrorAction`
+  int m_altDestCodepage = 0;           ///< see `setAltDestCodepage`
+  int m_numDefBytes = 0;               ///< number of substitution bytes, at most 100
+  unsigned char m_defBytes[100] = {};  ///< see `setDefBytes`
+  int m_fromCodePage = 0;              ///< source of the conversion under way
+  int m_toCodePage = 0;                ///< destination of the conversion under way
+
+  /// While the source is decoded into a UTF-16 pivot: substitutions carry a
+  /// marker (FD EF and a count byte), so that they cross the pivot unchanged.
+  bool m_emitPassthroughMarkers = false;
+
+  /// While the pivot is encoded: marked bytes are copied as they are, and error
+  /// action 6 is not carried out for single-byte, UTF-8 and unknown sources.
+  bool m_honorPassthroughMarkers = false;
+
+  /// Whether the last conversion substituted, dropped or failed at anything.
+  bool m_hadError = false;
+};
+
+}  // namespace quorvel
