@@ -57,17 +57,13 @@ void DataBuffer::clear() {
 void DataBuffer::shorten(unsigned int size) { m_size = std::min(m_size, size); }
 
 bool DataBuffer::ensureBuffer(unsigned int capacity) {
-  return capacity <= m_capacity || relocate(std::max(capacity, m_size));
+  return capacity <= m_capacity || grow(std::max(capacity, m_size));
 }
 
 unsigned char* DataBuffer::growBy(unsigned int count) {
   if (count > mostBytes - m_size) return nullptr;
   const unsigned int needed = std::max(m_size + count, 1U);
-  if (needed > m_capacity) {
-    const unsigned int doubled = m_capacity > mostBytes / 2 ? mostBytes : 2 * m_capacity;
-    // Where memory is too tight to grow ahead, what is needed now may still fit.
-    if (!relocate(std::max({needed, doubled, smallestBlock})) && !relocate(needed)) return nullptr;
-  }
+  if (needed > m_capacity && !grow(needed)) return nullptr;
   return m_data + m_size;
 }
 
@@ -104,6 +100,13 @@ bool DataBuffer::drop_non_usascii() {
       std::remove_if(m_data, m_data + m_size, [](unsigned char byte) { return byte >= 0x80; });
   m_size = static_cast<unsigned int>(end - m_data);
   return true;
+}
+
+// Grows by half at least, so that many small additions stay cheap; where memory
+// is too tight for that, what is needed now may still fit.
+bool DataBuffer::grow(unsigned int needed) {
+  const unsigned int more = std::min(m_capacity / 2, mostBytes - m_capacity);
+  return relocate(std::max({needed, m_capacity + more, smallestBlock})) || relocate(needed);
 }
 
 // Moves the content to an owned block of `capacity` bytes, which is at least

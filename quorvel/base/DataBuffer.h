@@ -75,6 +75,7 @@ class QUORVEL_API DataBuffer {
   bool drop_non_usascii();
 
  private:
+  bool grow(unsigned int needed);
   bool relocate(unsigned int capacity);
   void release();
 

@@ -1,0 +1,19 @@
+#pragma once
+
+namespace quorvel {
+
+/// The base64 alphabet (RFC 4648, section 4), which UTF-7 shares.
+inline constexpr char base64Digits[] =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+inline constexpr unsigned int noBase64Digit = 64;
+
+/// The value of a base64 digit, or `noBase64Digit` for any other byte.
+constexpr unsigned int base64DigitValue(unsigned int byte) {
+  if (byte >= 'A' && byte <= 'Z') return byte - 'A';
+  if (byte >= 'a' && byte <= 'z') return byte - 'a' + 26;
+  if (byte >= '0' && byte <= '9') return byte - '0' + 52;
+  return byte == '+' ? 62 : byte == '/' ? 63 : noBase64Digit;
+}
+
+}  // namespace quorvel
