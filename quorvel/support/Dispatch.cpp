@@ -1,0 +1,222 @@
+// The one operation through which every conversion between two numbered code
+// pages passes: it settles the trivial cases, rewrites sources that need it
+// before anything else and wraps the destinations that the pivot does not know.
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+
+#include "quorvel/base/Japanese.h"
+#include "quorvel/base/Korean.h"
+#include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/_qvUtf.h"
+#include "quorvel/base/qvHelpers.h"
+#include "quorvel/support/CodePageNumbers.h"
+#include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/MacArabic.h"
+
+namespace quorvel {
+
+namespace {
+
+/// One request, as the steps pass it on.
+struct Request {
+  int fromCodePage;
+  int toCodePage;
+  const unsigned char* data;
+  unsigned int numBytes;
+};
+
+bool isPdf(const unsigned char* data, unsigned int numBytes) {
+  constexpr char signature[] = "%PDF-1";
+  constexpr int length = sizeof signature - 1;
+  // The signature alone is text like any other; only with more behind it is it
+  // the beginning of a document.
+  return numBytes > length &&
+         qvStrNCmp(reinterpret_cast<const char*>(data), signature, length) == 0;
+}
+
+bool isAccepted(int codePage) { return codePage == codePageEbcdicUs || codePage >= 100; }
+
+// The ISO-2022 converters count in an int; longer text is refused.
+bool fitsInt(unsigned int numBytes) {
+  return numBytes <= static_cast<unsigned int>(std::numeric_limits<int>::max());
+}
+
+bool convertDecoded(EncodingConvert& converter, int codePage, int toCodePage,
+                    const DataBuffer& decoded, DataBuffer& out, LogBase& log) {
+  return converter.EncConvert(codePage, toCodePage, decoded.getData2(), decoded.getSize(), out,
+                              log);
+}
+
+bool fromIso2022Jp(EncodingConvert& converter, const Request& request, DataBuffer& out,
+                   LogBase& log) {
+  if (log.m_verboseLogging) log.logInfo("Converting from iso-2022-*");
+  DataBuffer shiftJis;
+  if (!fitsInt(request.numBytes) ||
+      !Japanese().Iso2022ToShiftJis(request.data, static_cast<int>(request.numBytes), shiftJis,
+                                    log)) {
+    return false;
+  }
+  if (shiftJis.getSize() == 0) return true;
+  if (request.toCodePage == codePageShiftJis) return out.append(shiftJis);
+  return convertDecoded(converter, codePageShiftJis, request.toCodePage, shiftJis, out, log);
+}
+
+bool fromIso2022Kr(EncodingConvert& converter, const Request& request, DataBuffer& out,
+                   LogBase& log) {
+  DataBuffer ksc;
+  if (!fitsInt(request.numBytes) ||
+      !Korean().Iso2022ToKsc(request.data, static_cast<int>(request.numBytes), ksc)) {
+    return false;
+  }
+  if (ksc.getSize() == 0) return true;
+  return convertDecoded(converter, codePageKorean, request.toCodePage, ksc, out, log);
+}
+
+bool convertVia(EncodingConvert& converter, int codePage, const Request& request, DataBuffer& out,
+                LogBase& log) {
+  return converter.convert_a(request.fromCodePage, codePage, request.data, request.numBytes, out,
+                             log);
+}
+
+bool toUtf7(EncodingConvert& converter, const Request& request, DataBuffer& out, LogBase& log) {
+  DataBuffer utf16;
+  const int hostOrder = qvIsLittleEndian() ? codePageUtf16le : codePageUtf16be;
+  return convertVia(converter, hostOrder, request, utf16, log) && _qvUtf::Utf16XEToUtf7(utf16, out);
+}
+
+bool toUtf32(EncodingConvert& converter, const Request& request, DataBuffer& out, LogBase& log) {
+  DataBuffer utf8;
+  if (request.fromCodePage == codePageUtf8) {
+    // Only read, and not copied; a mark in front of the text stays a character.
+    utf8.borrowData(const_cast<unsigned char*>(request.data), request.numBytes);
+  } else if (!convertVia(converter, codePageUtf8, request, utf8, log)) {
+    return false;
+  }
+  return _qvUtf::Utf8toUtf32(isBigEndian(request.toCodePage), utf8, out);
+}
+
+bool appendWithBytesSwapped(const DataBuffer& utf16, DataBuffer& out) {
+  const unsigned int length = utf16.getSize() & ~1U;
+  if (length == 0) return true;
+  unsigned char* room = out.growBy(length);
+  if (!room) return false;
+  const unsigned char* in = utf16.getData2();
+  for (unsigned int i = 0; i < length; i += 2) {
+    room[i] = in[i + 1];
+    room[i + 1] = in[i];
+  }
+  out.keepWritten(length);
+  return true;
+}
+
+// The pivot always gives the low byte first, whatever the host. What it gave is
+// kept even when it failed: only the error flag tells.
+bool toUtf16be(EncodingConvert& converter, const Request& request, DataBuffer& out, LogBase& log) {
+  converter.m_toCodePage = codePageUtf16le;
+  DataBuffer utf16;
+  if (!convertVia(converter, codePageUtf16le, request, utf16, log)) converter.m_hadError = true;
+  return appendWithBytesSwapped(utf16, out);
+}
+
+bool toIso2022Jp(EncodingConvert& converter, const Request& request, DataBuffer& out,
+                 LogBase& log) {
+  DataBuffer shiftJis;
+  const bool ok = convertVia(converter, codePageShiftJis, request, shiftJis, log);
+  if (!ok) converter.m_hadError = true;
+  const unsigned int length = shiftJis.getSize();
+  if (length == 0) return ok;
+  return fitsInt(length) &&
+         Japanese().ShiftJisToIso2022(shiftJis.getData2(), static_cast<int>(length), out, log) &&
+         ok;
+}
+
+bool toIso2022Kr(EncodingConvert& converter, const Request& request, DataBuffer& out,
+                 LogBase& log) {
+  DataBuffer ksc;
+  const bool ok = convertVia(converter, codePageKorean, request, ksc, log);
+  if (!ok) converter.m_hadError = true;
+  const unsigned int length = ksc.getSize();
+  if (length == 0) return ok;
+  return fitsInt(length) && Korean().KscToIso2022(ksc.getData2(), static_cast<int>(length), out) &&
+         ok;
+}
+
+bool takeDestinationRoute(EncodingConvert& converter, const Request& request, DataBuffer& out,
+                          LogBase& log) {
+  const int to = request.toCodePage;
+  if (to == codePageUtf7) return toUtf7(converter, request, out, log);
+  if (isUtf32(to)) return toUtf32(converter, request, out, log);
+  if (to == codePageUtf16be) return toUtf16be(converter, request, out, log);
+  if (isIso2022Jp(to)) return toIso2022Jp(converter, request, out, log);
+  if (to == codePageIso2022Kr) return toIso2022Kr(converter, request, out, log);
+  return convertVia(converter, to, request, out, log);
+}
+
+struct Preamble {
+  int codePage;
+  unsigned char bytes[3];
+  unsigned int length;
+};
+
+constexpr Preamble preambles[] = {
+    {codePageUtf16le, {0xFF, 0xFE}, 2},
+    {codePageUtf16be, {0xFE, 0xFF}, 2},
+    {codePageUtf8, {0xEF, 0xBB, 0xBF}, 3},
+};
+
+}  // namespace
+
+bool EncodingConvert::EncConvert(int fromCodePage, int toCodePage, const unsigned char* data,
+                                 unsigned int numBytes, DataBuffer& out, LogBase& log) {
+  m_hadError = false;
+  if (!data || numBytes == 0) return true;
+  if (isPdf(data, numBytes)) return out.append(data, numBytes);
+
+  const LogContextExitor context(log, "EncConvert", log.m_verboseLogging);
+  if (log.m_verboseLogging) {
+    log.LogDataLong("fromCodePage", fromCodePage);
+    log.LogDataLong("toCodePage", toCodePage);
+  }
+
+  if (toCodePage == 0) toCodePage = fromCodePage;
+  if (fromCodePage == 0) fromCodePage = toCodePage;
+  if (fromCodePage == toCodePage) {
+    out.append(data, numBytes);
+    return true;
+  }
+  if (!isAccepted(fromCodePage) || !isAccepted(toCodePage)) return false;
+
+  Request request{fromCodePage, toCodePage, data, numBytes};
+  std::unique_ptr<unsigned char[]> logicalOrder;
+  if (fromCodePage == codePageMacArabic) {
+    logicalOrder.reset(qvNewUnsignedChar(numBytes));
+    if (!logicalOrder) return false;
+    std::copy_n(data, numBytes, logicalOrder.get());
+    reorderMacArabic(logicalOrder.get(), numBytes);
+    request.data = logicalOrder.get();
+  }
+  if (isIso2022Jp(fromCodePage)) return fromIso2022Jp(*this, request, out, log);
+  if (fromCodePage == codePageIso2022Kr) return fromIso2022Kr(*this, request, out, log);
+
+  m_honorPassthroughMarkers = false;
+  m_fromCodePage = fromCodePage;
+  m_toCodePage = toCodePage;
+  const bool ok = takeDestinationRoute(*this, request, out, log);
+  if (!ok) m_hadError = true;
+  return ok;
+}
+
+bool EncodingConvert::EncConvertWithPreamble(int fromCodePage, int toCodePage,
+                                             const unsigned char* data, unsigned int numBytes,
+                                             DataBuffer& out, LogBase& log) {
+  m_hadError = false;
+  const int destination = toCodePage ? toCodePage : fromCodePage;
+  for (const Preamble& preamble : preambles) {
+    if (preamble.codePage == destination) out.append(preamble.bytes, preamble.length);
+  }
+  return EncConvert(fromCodePage, destination, data, numBytes, out, log);
+}
+
+}  // namespace quorvel

@@ -1,0 +1,163 @@
+// What becomes of source text that cannot be converted. The loops that move
+// bytes only find such text; everything that is written in its place by the
+// four handlers is written here.
+
+#include <algorithm>
+#include <iterator>
+
+#include "quorvel/base/_qvUtf.h"
+#include "quorvel/support/CodePageNumbers.h"
+#include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/PassthroughMarker.h"
+#include "quorvel/support/ScopedRestore.h"
+
+namespace quorvel {
+
+namespace {
+
+constexpr int actionSubstitute = 1;
+constexpr int actionHex = 2;
+constexpr int actionReconvert = 6;
+constexpr int actionPassThrough = 7;
+constexpr int actionWiden = 8;
+
+/// The source text that a handler was called for.
+struct Offender {
+  const unsigned char* bytes;
+  int length;
+  int codePage;  ///< what the bytes are encoded in
+};
+
+void appendHex(const unsigned char* bytes, int count, DataBuffer& out) {
+  constexpr char digits[] = "0123456789ABCDEF";
+  for (int i = 0; i < count; ++i) {
+    out.appendChar(static_cast<unsigned char>(digits[bytes[i] >> 4]));
+    out.appendChar(static_cast<unsigned char>(digits[bytes[i] & 0xF]));
+  }
+}
+
+// The marker in the byte order in which the table encoder looks for it in
+// UTF-16. The UTF-16 to UTF-8 transcoder looks for the other order; the two
+// differ on purpose.
+void appendMarker(const EncodingConvert& converter, int count, DataBuffer& out) {
+  if (!converter.m_emitPassthroughMarkers) return;
+  const unsigned char marker[] = {passthroughMarker[0], passthroughMarker[1],
+                                  static_cast<unsigned char>(count)};
+  out.append(marker, sizeof marker);
+}
+
+void substitute(const EncodingConvert& converter, DataBuffer& out) {
+  const int count =
+      std::clamp(converter.m_numDefBytes, 0, static_cast<int>(std::size(converter.m_defBytes)));
+  if (count == 0) return;
+  appendMarker(converter, count, out);
+  out.append(converter.m_defBytes, static_cast<unsigned int>(count));
+}
+
+void writeHexReference(const EncodingConvert& converter, const Offender& offender,
+                       DataBuffer& out) {
+  // The count announces the source length plus 4, not the length that is
+  // written: readers of these streams rely on it.
+  appendMarker(converter, offender.length + 4, out);
+  out.append("&#x", 3);
+  appendHex(offender.bytes, offender.length, out);
+  out.appendChar(';');
+}
+
+// Converts the offender to the alternate code page, with errors inside that
+// conversion dropped so that they cannot come back here.
+void reconvert(EncodingConvert& converter, const Offender& offender, DataBuffer& out,
+               LogBase& log) {
+  const ScopedRestore action(converter.m_errorAction);
+  const ScopedRestore from(converter.m_fromCodePage);
+  const ScopedRestore to(converter.m_toCodePage);
+  converter.m_errorAction = 0;
+  const int alternate = converter.m_altDestCodepage;
+  const bool converted = converter.EncConvert(
+      offender.codePage, alternate ? alternate : converter.m_toCodePage, offender.bytes,
+      static_cast<unsigned int>(std::max(offender.length, 0)), out, log);
+  // The nested conversion starts by clearing the flag; one that then refuses
+  // the code page leaves it so.
+  if (!converted) converter.m_hadError = true;
+}
+
+void passThrough(const EncodingConvert& converter, const Offender& offender, DataBuffer& out) {
+  appendMarker(converter, offender.length, out);
+  out.append(offender.bytes, static_cast<unsigned int>(std::max(offender.length, 0)));
+}
+
+enum class Reconversion { always, unlessEncodingPivot };
+
+void applyErrorAction(EncodingConvert& converter, const Offender& offender,
+                      Reconversion reconversion, DataBuffer& out, LogBase& log) {
+  switch (converter.m_errorAction) {
+    case actionSubstitute:
+      substitute(converter, out);
+      break;
+    case actionHex:
+      writeHexReference(converter, offender, out);
+      break;
+    case actionReconvert:
+      if (reconversion == Reconversion::always || !converter.m_honorPassthroughMarkers) {
+        reconvert(converter, offender, out, log);
+      }
+      break;
+    case actionPassThrough:
+      passThrough(converter, offender, out);
+      break;
+    default:
+      break;
+  }
+}
+
+bool isDoubleByte(int codePage) {
+  // 1361 and 10001 are multibyte too, but their errors cover one byte.
+  constexpr int doubleByte[] = {932, 936, 949, 950, 51932, 51936, 51949};
+  return std::find(std::begin(doubleByte), std::end(doubleByte), codePage) != std::end(doubleByte);
+}
+
+}  // namespace
+
+void EncodingConvert::appendHexData(const unsigned char* bytes, int count, DataBuffer& out) {
+  if (bytes) appendHex(bytes, count, out);
+}
+
+void EncodingConvert::handleErrorFromSingleByte(const unsigned char* p, DataBuffer& out,
+                                                LogBase& log) {
+  m_hadError = true;
+  if (m_errorAction == actionWiden) {
+    out.appendChar(*p);
+    out.appendChar(0);
+    return;
+  }
+  applyErrorAction(*this, {p, 1, m_fromCodePage}, Reconversion::unlessEncodingPivot, out, log);
+}
+
+// Alone among the handlers this one converts again even while a pivot is being
+// encoded; and its hexadecimal digits show the unit's bytes as they are stored.
+void EncodingConvert::handleErrorFromUnicode(const unsigned char* p, DataBuffer& out,
+                                             LogBase& log) {
+  m_hadError = true;
+  applyErrorAction(*this, {p, 2, codePageUtf16le}, Reconversion::always, out, log);
+}
+
+int EncodingConvert::handleErrorFromUtf8(const unsigned char* p, int numBytesLeft, DataBuffer& out,
+                                         LogBase& log) {
+  if (!p || numBytesLeft == 0) return 0;
+  m_hadError = true;
+  const int length = _qvUtf::NumUtf8Bytes(p, numBytesLeft);
+  applyErrorAction(*this, {p, length, codePageUtf8}, Reconversion::unlessEncodingPivot, out, log);
+  return length;
+}
+
+int EncodingConvert::handleErrorFromUnknown(const unsigned char* p, DataBuffer& out, LogBase& log) {
+  m_hadError = true;
+  if (!isDoubleByte(m_fromCodePage)) {
+    handleErrorFromSingleByte(p, out, log);
+    return 1;
+  }
+  applyErrorAction(*this, {p, 2, m_fromCodePage}, Reconversion::unlessEncodingPivot, out, log);
+  return 2;
+}
+
+}  // namespace quorvel
