@@ -1,0 +1,109 @@
+#include "quorvel/base/Korean.h"
+
+#include "quorvel/base/Iso2022.h"
+
+namespace quorvel {
+
+namespace {
+
+using iso2022::Bytes;
+using iso2022::Output;
+
+// Announces KS C 5601 as the set that SO brings in.
+constexpr std::string_view header = "\x1B$)C";
+
+constexpr unsigned char highBit = 0x80;
+
+// --- Reading ----------------------------------------------------------------
+
+class Reader {
+ public:
+  std::size_t step(Bytes rest, Output& output) {
+    if (iso2022::startsWith(rest, header)) return header.size();
+    const unsigned char byte = rest[0];
+    if (byte == iso2022::shiftOut || byte == iso2022::shiftIn) {
+      m_isShifted = byte == iso2022::shiftOut;
+      return 1;
+    }
+    if (m_isShifted) return stepInHangul(rest, output);
+    output.put(byte);
+    return 1;
+  }
+
+ private:
+  static std::size_t stepInHangul(Bytes rest, Output& output) {
+    if (!iso2022::isGraphic(rest[0])) {
+      // Bytes with bit 7 mean nothing in a 7-bit set, and in KS C 5601 they
+      // would be taken for something else.
+      if (rest[0] < highBit) output.put(rest[0]);
+      return 1;
+    }
+    if (rest.size() < 2 || !iso2022::isGraphic(rest[1])) return 1;
+    output.put(static_cast<unsigned char>(rest[0] | highBit));
+    output.put(static_cast<unsigned char>(rest[1] | highBit));
+    return 2;
+  }
+
+  bool m_isShifted = false;
+};
+
+// --- Writing ----------------------------------------------------------------
+
+constexpr bool isKsc(unsigned char byte) { return byte >= 0xA1 && byte <= 0xFE; }
+
+// Unified Hangul adds to KS C 5601 pairs whose lead or trail lies outside it.
+constexpr bool isUnifiedHangulPair(unsigned char lead, unsigned char trail) {
+  const bool isTrail = (trail >= 0x41 && trail <= 0x5A) || (trail >= 0x61 && trail <= 0x7A) ||
+                       (trail >= 0x81 && trail <= 0xFE);
+  return lead >= 0x81 && lead <= 0xFE && isTrail;
+}
+
+class Writer {
+ public:
+  std::size_t step(Bytes rest, Output& output) {
+    if (rest.size() >= 2 && isKsc(rest[0]) && isKsc(rest[1])) {
+      use(iso2022::shiftOut, output);
+      output.put(static_cast<unsigned char>(rest[0] & ~highBit));
+      output.put(static_cast<unsigned char>(rest[1] & ~highBit));
+      return 2;
+    }
+    if (iso2022::isSwitch(rest[0])) return 1;
+    // What KS C 5601 lacks is carried as it stands, so that nothing is lost.
+    use(iso2022::shiftIn, output);
+    output.put(rest[0]);
+    if (rest.size() < 2 || !isUnifiedHangulPair(rest[0], rest[1])) return 1;
+    output.put(rest[1]);
+    return 2;
+  }
+
+  /// Ends the text in ASCII.
+  bool finish(DataBuffer& out) const {
+    return m_shift == iso2022::shiftIn || out.appendChar(iso2022::shiftIn);
+  }
+
+ private:
+  void use(unsigned char shift, Output& output) {
+    if (shift == m_shift) return;
+    output.put(shift);
+    m_shift = shift;
+  }
+
+  unsigned char m_shift = iso2022::shiftIn;
+};
+
+}  // namespace
+
+bool Korean::Iso2022ToKsc(const unsigned char* p, int n, DataBuffer& out) {
+  Reader reader;
+  return iso2022::convert(iso2022::inputOf(p, n), out, reader);
+}
+
+bool Korean::KscToIso2022(const unsigned char* p, int n, DataBuffer& out) {
+  const Bytes in = iso2022::inputOf(p, n);
+  if (in.empty()) return true;
+  if (!out.append(header.data(), static_cast<unsigned int>(header.size()))) return false;
+  Writer writer;
+  return iso2022::convert(in, out, writer) && writer.finish(out);
+}
+
+}  // namespace quorvel
