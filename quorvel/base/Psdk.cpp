@@ -1,0 +1,34 @@
+#include "quorvel/base/Psdk.h"
+
+#include <atomic>
+#include <clocale>
+
+#include "quorvel/base/LocaleCodePages.h"
+
+namespace quorvel {
+
+namespace {
+
+std::atomic<int> ansiOverride{0};
+std::atomic<int> oemOverride{0};
+
+LocaleCodePages codePagesOfProcess() { return codePagesOfLocale(std::setlocale(LC_CTYPE, nullptr)); }
+
+}  // namespace
+
+int Psdk::getAnsiCodePage() {
+  const int chosen = ansiOverride.load(std::memory_order_relaxed);
+  return chosen != 0 ? chosen : codePagesOfProcess().ansi;
+}
+
+int Psdk::getOemCodePage() {
+  const int chosen = oemOverride.load(std::memory_order_relaxed);
+  return chosen != 0 ? chosen : codePagesOfProcess().oem;
+}
+
+void Psdk::setCodePages(int ansi, int oem) {
+  ansiOverride.store(ansi, std::memory_order_relaxed);
+  oemOverride.store(oem, std::memory_order_relaxed);
+}
+
+}  // namespace quorvel
