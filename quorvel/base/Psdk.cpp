@@ -12,7 +12,9 @@ namespace {
 std::atomic<int> ansiOverride{0};
 std::atomic<int> oemOverride{0};
 
-LocaleCodePages codePagesOfProcess() { return codePagesOfLocale(std::setlocale(LC_CTYPE, nullptr)); }
+LocaleCodePages codePagesOfProcess() {
+  return codePagesOfLocale(std::setlocale(LC_CTYPE, nullptr));
+}
 
 }  // namespace
 
