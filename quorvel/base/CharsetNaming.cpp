@@ -7,9 +7,15 @@
 #include <iterator>
 #include <string_view>
 
+#include "quorvel/base/AsciiText.h"
+
 namespace quorvel {
 
 namespace {
+
+using ascii::isDigit;
+using ascii::isLetter;
+using ascii::toLower;
 
 constexpr CharsetNaming::Entry kEntries[] = {
 #define QUORVEL_CODE_PAGE(number, kind, title, names) {number, title, names},
@@ -29,10 +35,6 @@ struct LooseName {
   constexpr std::string_view view() const { return {text.data(), length}; }
 };
 
-constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-constexpr char toLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
 // UTS #22, section 1.4: keep ASCII letters and digits, fold the case, drop each
 // zero that does not follow a digit. "Follow" is meant of what is kept, so that
 // "IBM-00858" loses both of its zeros and "8859-010" none.
@@ -41,8 +43,7 @@ constexpr LooseName loosen(std::string_view name) {
   char last = 0;
   for (const char raw : name) {
     const char c = toLower(raw);
-    const bool letter = c >= 'a' && c <= 'z';
-    if (!letter && !isDigit(c)) continue;
+    if (!isLetter(c) && !isDigit(c)) continue;
     if (c == '0' && !isDigit(last)) continue;
     if (loose.length == kLongestLooseName) return {};
     loose.text[loose.length++] = c;

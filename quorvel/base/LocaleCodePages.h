@@ -4,6 +4,8 @@
 #include <optional>
 #include <string_view>
 
+#include "quorvel/base/AsciiText.h"
+
 // Which legacy code pages go with a locale: what a Windows system of the same
 // language and territory would use. Constant data and pure functions, all here,
 // so that tests reach them in a shared library too. Not a public header.
@@ -16,6 +18,10 @@ struct LocaleCodePages {
 };
 
 namespace locale_detail {
+
+using ascii::isDigit;
+using ascii::isLetter;
+using ascii::toLower;
 
 // One row per language. `variant` is empty in the row of the language itself; a
 // row for a territory (capitals or a number) or a script (small letters) says
@@ -161,12 +167,6 @@ inline constexpr Script kScripts[] = {
     {"Arab", "arabic"}, {"Cyrl", "cyrillic"}, {"Hans", "hans"},
     {"Hant", "hant"},   {"Latn", "latin"},    {"Mong", "mongolian"},
 };
-
-constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-constexpr char toLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
-constexpr bool isLetter(char c) { return toLower(c) >= 'a' && toLower(c) <= 'z'; }
 
 constexpr bool sameText(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
