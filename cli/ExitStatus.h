@@ -1,0 +1,12 @@
+#pragma once
+
+namespace qvconv {
+
+/// What the command tells the shell; the numbers are part of its interface.
+enum ExitStatus : int {
+  allConverted = 0,  ///< everything was converted and written
+  notConverted = 1,  ///< something could not be read, converted or written
+  wrongUse = 2,      ///< the command line asked for something that does not exist
+};
+
+}  // namespace qvconv

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "quorvel/base/DataBuffer.h"
+
+namespace qvconv {
+
+/// A file that could not be read or written; `what()` is "FILE: why".
+class FileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// How messages call an input: its path, or "standard input" for "-".
+std::string inputName(const std::string& path);
+
+/// The whole content of a file, or of standard input for "-". Throws
+/// `FileError`, also for more bytes than 32 bits count.
+quorvel::DataBuffer readInput(const std::string& path);
+
+/// Where the results go.
+///
+/// A regular file is written under another name and takes its own with
+/// `finish`, so that it may be one of the inputs and stays as it was when
+/// writing fails. Anything else (a device, a pipe) is written directly.
+class Output {
+ public:
+  /// Opens `path`, or standard output when it is empty. Throws `FileError`.
+  explicit Output(const std::string& path);
+  ~Output();
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  /// Writes some bytes. Throws `FileError`.
+  void write(std::string_view bytes);
+  void write(const quorvel::DataBuffer& bytes);
+
+  /// Makes sure that everything has arrived, and closes. Throws `FileError`.
+  void finish();
+
+ private:
+  void openBeside();
+  [[noreturn]] void fail() const;
+
+  std::string m_path;       // the final name
+  std::string m_temporary;  // the name until then; empty when there is none
+  std::FILE* m_file = nullptr;
+};
+
+}  // namespace qvconv

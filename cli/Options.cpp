@@ -1,0 +1,58 @@
+#include "cli/Options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "cli/Listing.h"
+#include "quorvel/base/CharsetNaming.h"
+
+namespace qvconv {
+
+namespace {
+
+int codePageOf(const std::string& name, const char* option) {
+  if (name.empty()) throw WrongUse(std::string(option) + " is missing: it names an encoding");
+  const int codePage = quorvel::CharsetNaming::GetCodePage(name.c_str());
+  if (codePage == 0) throw WrongUse("unknown encoding \"" + name + "\" (-l lists the known ones)");
+  return codePage;
+}
+
+}  // namespace
+
+Options readOptions(int argc, const char* const* argv) {
+  Options options;
+  bool list = false;
+  CLI::App app("Converts text from one character encoding to another.", "qvconv");
+  app.add_option("-f,--from", options.from, "encoding of the input, a name or a code page number");
+  app.add_option("-t,--to", options.to, "encoding of the output, likewise");
+  app.add_option("-o,--output", options.output, "write to this file, not to standard output");
+  app.add_flag("-l,--list", list, "list the encodings: number, preferred name, title, other names");
+  app.add_option(
+      "FILE", options.files,
+      "files to convert, one after the other; standard input when there is none or \"-\"");
+  app.set_version_flag("--version", "qvconv " QVCONV_VERSION);
+  app.footer(
+      "Exit status: 0 when everything was converted, 1 when something could not be,\n"
+      "2 for wrong use.");
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    options.information = app.help();
+    return options;
+  } catch (const CLI::CallForVersion&) {
+    options.information = app.version() + "\n";
+    return options;
+  } catch (const CLI::ParseError& error) {
+    throw WrongUse(error.what());
+  }
+  if (list) {
+    options.information = listEncodings();
+    return options;
+  }
+  options.fromCodePage = codePageOf(options.from, "-f");
+  options.toCodePage = codePageOf(options.to, "-t");
+  if (options.files.empty()) options.files.emplace_back("-");
+  return options;
+}
+
+}  // namespace qvconv

@@ -1,0 +1,68 @@
+// qvconv: converts files from one character encoding to another.
+
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "cli/ExitStatus.h"
+#include "cli/Files.h"
+#include "cli/Options.h"
+#include "cli/Plan.h"
+
+namespace qvconv {
+
+namespace {
+
+void complain(const std::string& line) { std::fprintf(stderr, "qvconv: %s\n", line.c_str()); }
+
+// Reads and converts one file; whatever could be converted is in `converted`.
+bool convertFile(const Options& options, const std::string& file, quorvel::DataBuffer& converted) {
+  quorvel::DataBuffer text = readInput(file);
+  const Outcome outcome = convertText(options.fromCodePage, options.toCodePage, text, converted);
+  if (outcome == Outcome::all) return true;
+  complain(inputName(file) + (outcome == Outcome::some ? ": not all of it" : ": nothing of it") +
+           " could be converted from " + options.from + " to " + options.to);
+  return false;
+}
+
+ExitStatus convertFiles(const Options& options) {
+  Output output(options.output);
+  ExitStatus status = allConverted;
+  for (const std::string& file : options.files) {
+    quorvel::DataBuffer converted;
+    try {
+      if (!convertFile(options, file, converted)) status = notConverted;
+    } catch (const FileError& error) {
+      complain(error.what());
+      status = notConverted;
+    }
+    output.write(converted);
+  }
+  output.finish();
+  return status;
+}
+
+ExitStatus run(int argc, const char* const* argv) {
+  const Options options = readOptions(argc, argv);
+  if (options.information.empty()) return convertFiles(options);
+  Output output("");
+  output.write(options.information);
+  output.finish();
+  return allConverted;
+}
+
+}  // namespace
+
+}  // namespace qvconv
+
+int main(int argc, char** argv) {
+  try {
+    return qvconv::run(argc, argv);
+  } catch (const qvconv::WrongUse& error) {
+    qvconv::complain(error.what());
+    return qvconv::wrongUse;
+  } catch (const std::exception& error) {
+    qvconv::complain(error.what());
+    return qvconv::notConverted;
+  }
+}
