@@ -1,0 +1,11 @@
+# Builds and runs the consumer PROJECT.
+include(${CMAKE_CURRENT_LIST_DIR}/common.cmake)
+
+set(build ${WORK}/${LINKAGE}/${PROJECT})
+file(REMOVE_RECURSE ${build})
+run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/${PROJECT} -B ${build} ${configure_options}
+    -DCMAKE_PREFIX_PATH=${prefix} -DQUORVEL_SOURCE_DIR=${SOURCE})
+run(${CMAKE_COMMAND} --build ${build} --parallel 2)
+run(${build}/consumer)
+file(READ ${CMAKE_CURRENT_LIST_DIR}/expected.txt expected)
+expect_output("${expected}")
