@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <limits>
 #include <memory>
@@ -16,36 +18,43 @@ namespace qvconv {
 namespace {
 
 constexpr unsigned int mostBytes = std::numeric_limits<unsigned int>::max();
-constexpr unsigned int chunkBytes = 1U << 20;
+constexpr unsigned int chunkBytes = 1U << 16;
 
 std::string reason(int error) { return std::generic_category().message(error); }
 
 FileError tooLarge(const std::string& path) {
-  return FileError(inputName(path) + ": larger than 4 GiB less one byte, the most that is handled");
+  return FileError{inputName(path) + ": larger than 4 GiB less one byte, the most that is handled"};
 }
 
 struct CloseFile {
   void operator()(std::FILE* file) const {
-    if (file != stdin) std::fclose(file);
+    if (file != stdin) static_cast<void>(std::fclose(file));
   }
 };
 
-// Room for the whole of a regular file at once; what else there is to read
-// tells its size only at its end.
-void reserveForFile(std::FILE* file, const std::string& path, quorvel::DataBuffer& content) {
+// How much to ask for first: the whole of a regular file and one byte, so that
+// this read already sees the end. What else there is tells its size only there.
+unsigned int firstRead(std::FILE* file, const std::string& path) {
   struct stat status {};
-  if (::fstat(::fileno(file), &status) != 0 || !S_ISREG(status.st_mode)) return;
+  if (::fstat(::fileno(file), &status) != 0 || !S_ISREG(status.st_mode)) return chunkBytes;
   if (status.st_size > static_cast<off_t>(mostBytes)) throw tooLarge(path);
-  // The extra byte lets the last read see the end without growing again.
-  const auto size = static_cast<unsigned int>(status.st_size);
-  content.ensureBuffer(size == mostBytes ? size : size + 1);
+  const auto whole =
+      std::min(static_cast<std::uint64_t>(status.st_size) + 1, std::uint64_t{mostBytes});
+  return std::max(static_cast<unsigned int>(whole), chunkBytes);
 }
 
-// The permissions that a newly created file gets.
-mode_t newFileMode() {
+// Gives a new file the owner and the permissions of the one that it is to
+// replace, or those of any new file.
+bool takeAttributes(int descriptor, const std::string& replaced) {
+  struct stat old {};
+  if (::stat(replaced.c_str(), &old) == 0) {
+    // Only the superuser can give a file away; for others the owner changes.
+    static_cast<void>(!::fchown(descriptor, old.st_uid, old.st_gid));
+    return ::fchmod(descriptor, old.st_mode & 0777) == 0;
+  }
   const mode_t mask = ::umask(0);
   ::umask(mask);
-  return 0666 & ~mask;
+  return ::fchmod(descriptor, 0666 & ~mask) == 0;
 }
 
 }  // namespace
@@ -57,64 +66,59 @@ quorvel::DataBuffer readInput(const std::string& path) {
                                                                : std::fopen(path.c_str(), "rb"));
   if (!file) throw FileError(inputName(path) + ": " + reason(errno));
   quorvel::DataBuffer content;
-  reserveForFile(file.get(), path, content);
-  for (;;) {
-    const unsigned int room = std::min(chunkBytes, mostBytes - content.getSize());
-    if (room == 0) {
-      if (std::fgetc(file.get()) != EOF) throw tooLarge(path);
-      break;
-    }
+  unsigned int room = firstRead(file.get(), path);
+  while (room > 0) {
     unsigned char* place = content.growBy(room);
     if (!place) throw FileError(inputName(path) + ": not enough memory for it");
     const auto count = static_cast<unsigned int>(std::fread(place, 1, room, file.get()));
     content.keepWritten(count);
     if (count < room) break;
+    room = std::min(chunkBytes, mostBytes - content.getSize());
   }
+  if (room == 0 && std::fgetc(file.get()) != EOF) throw tooLarge(path);
   if (std::ferror(file.get())) throw FileError(inputName(path) + ": " + reason(errno));
   return content;
 }
 
-Output::Output(const std::string& path) : m_path(path) {
-  if (m_path.empty()) {
-    m_path = "standard output";
+Output::Output(std::string path) : m_name(std::move(path)) {
+  if (m_name.empty()) {
+    m_name = "standard output";
     m_file = stdout;
     return;
   }
   std::error_code error;
-  const auto type = std::filesystem::status(m_path, error).type();
+  const auto type = std::filesystem::status(m_name, error).type();
   if (type == std::filesystem::file_type::regular ||
       type == std::filesystem::file_type::not_found) {
     openBeside();
   } else {
-    m_file = std::fopen(m_path.c_str(), "wb");
+    m_file = std::fopen(m_name.c_str(), "wb");
   }
   if (!m_file) fail();
 }
 
 Output::~Output() {
-  if (m_file && m_file != stdout) std::fclose(m_file);
+  if (m_file && m_file != stdout) static_cast<void>(std::fclose(m_file));
   if (!m_temporary.empty()) ::unlink(m_temporary.c_str());
 }
 
-// A file in the same directory can take the final name in one step. It gets the
-// owner and the permissions of the file that it replaces.
+// A file in the same directory can take the final name in one step.
 void Output::openBeside() {
-  std::error_code error;
-  const std::filesystem::path real = std::filesystem::canonical(m_path, error);
-  if (!error) m_path = real.string();
-  std::string name = (std::filesystem::path(m_path).parent_path() / ".qvconv-XXXXXX").string();
+  std::error_code noSuchFile;
+  const std::filesystem::path real = std::filesystem::canonical(m_name, noSuchFile);
+  m_final = noSuchFile ? m_name : real.string();
+  std::string name = (std::filesystem::path(m_final).parent_path() / ".qvconv-XXXXXX").string();
   const int descriptor = ::mkstemp(name.data());
   if (descriptor < 0) return;
-  m_temporary = std::move(name);
-  struct stat old {};
-  mode_t mode = newFileMode();
-  if (::stat(m_path.c_str(), &old) == 0) {
-    mode = old.st_mode & 0777;
-    // Only the superuser can give a file away; others go without.
-    if (::fchown(descriptor, old.st_uid, old.st_gid) != 0) errno = 0;
+  if (takeAttributes(descriptor, m_final)) m_file = ::fdopen(descriptor, "wb");
+  if (m_file) {
+    m_temporary = std::move(name);
+    return;
   }
-  if (::fchmod(descriptor, mode) == 0) m_file = ::fdopen(descriptor, "wb");
-  if (!m_file) ::close(descriptor);
+  const int error = errno;
+  ::close(descriptor);
+  ::unlink(name.c_str());
+  errno = error;
 }
 
 void Output::write(std::string_view bytes) {
@@ -130,10 +134,10 @@ void Output::finish() {
   std::FILE* file = std::exchange(m_file, nullptr);
   if (std::fclose(file) != 0) fail();
   if (m_temporary.empty()) return;
-  if (std::rename(m_temporary.c_str(), m_path.c_str()) != 0) fail();
+  if (std::rename(m_temporary.c_str(), m_final.c_str()) != 0) fail();
   m_temporary.clear();
 }
 
-void Output::fail() const { throw FileError(m_path + ": " + reason(errno)); }
+void Output::fail() const { throw FileError(m_name + ": " + reason(errno)); }
 
 }  // namespace qvconv

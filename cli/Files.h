@@ -30,7 +30,7 @@ quorvel::DataBuffer readInput(const std::string& path);
 class Output {
  public:
   /// Opens `path`, or standard output when it is empty. Throws `FileError`.
-  explicit Output(const std::string& path);
+  explicit Output(std::string path);
   ~Output();
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
@@ -46,8 +46,9 @@ class Output {
   void openBeside();
   [[noreturn]] void fail() const;
 
-  std::string m_path;       // the final name
-  std::string m_temporary;  // the name until then; empty when there is none
+  std::string m_name;       // how messages call it
+  std::string m_final;      // the path of a regular file
+  std::string m_temporary;  // its path until `finish`; empty when there is none
   std::FILE* m_file = nullptr;
 };
 

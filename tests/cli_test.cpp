@@ -1,0 +1,239 @@
+// Runs the built command as a shell does.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using namespace std::string_literals;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+struct Finished {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+// Each test works in a directory of its own, with file names relative to it.
+class Command : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string name = (std::filesystem::temp_directory_path() / "qvconv-test-XXXXXX").string();
+    ASSERT_NE(::mkdtemp(name.data()), nullptr);
+    m_directory = name;
+  }
+  void TearDown() override { std::filesystem::remove_all(m_directory); }
+
+  void write(const std::string& file, std::string_view content) const {
+    std::ofstream(m_directory / file, std::ios::binary) << content;
+  }
+  std::string read(const std::string& file) const {
+    std::ostringstream content;
+    content << std::ifstream(m_directory / file, std::ios::binary).rdbuf();
+    return content.str();
+  }
+  std::string path(const std::string& file) const { return (m_directory / file).string(); }
+  std::size_t fileCount() const {
+    return static_cast<std::size_t>(
+        std::distance(std::filesystem::directory_iterator(m_directory), {}));
+  }
+
+  // `arguments` as a shell reads them, redirections included.
+  Finished run(const std::string& arguments, std::string_view input = "") const {
+    write("stdin", input);
+    const std::string line = "cd '" + m_directory.string() +
+                             "' && exec 0<stdin >stdout 2>stderr; '" + QVCONV_PATH + "' " +
+                             arguments;
+    const int status = std::system(line.c_str());
+    Finished result{WIFEXITED(status) ? WEXITSTATUS(status) : -1, read("stdout"), read("stderr")};
+    for (const char* file : {"stdin", "stdout", "stderr"}) {
+      std::filesystem::remove(m_directory / file);
+    }
+    return result;
+  }
+
+  void expectConverted(const Finished& run, const std::string& out) const {
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, out);
+    EXPECT_EQ(run.err, "");
+  }
+  void expectFailed(const Finished& run, int status, const std::string& out,
+                    const std::string& line) const {
+    EXPECT_EQ(run.status, status);
+    EXPECT_EQ(run.out, out);
+    EXPECT_EQ(run.err, "qvconv: " + line + "\n");
+  }
+
+ private:
+  std::filesystem::path m_directory;
+};
+
+TEST_F(Command, ConvertsStandardInput) {
+  expectConverted(run("-f utf-8 -t utf-16le", "a\xE2\x82\xAC"), "a\0\xAC\x20"s);
+  expectConverted(run("-f utf-8 -t utf-16le -", "a"), "a\0"s);
+  expectConverted(run("-f utf-8 -t utf-16le", ""), "");
+}
+
+TEST_F(Command, TakesNumbersAndLooseNames) {
+  expectConverted(run("-f 65001 -t 1201", "a"), "\0a"s);
+  expectConverted(run("--from UTF8 --to=Utf_32_BE", "a"), "\0\0\0a"s);
+}
+
+TEST_F(Command, ConvertsEachFileByItself) {
+  write("a", "\xFE\xFF\0a"s);
+  write("b",
+        "\xFF\xFE"
+        "b\0"s);
+  expectConverted(run("-f utf-16le -t utf-8 a - b", "c\0"s), "acb");
+}
+
+TEST_F(Command, PassesEveryByte) {
+  std::string bytes;
+  for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
+  for (int i = 0; i < 13; ++i) bytes += bytes;
+  write("bytes", bytes);
+  expectConverted(run("-f utf-8 -t utf-8 bytes"), bytes);
+  expectConverted(run("-f utf-8 -t utf-8", bytes), bytes);
+}
+
+TEST_F(Command, WritesWhatItCouldConvertAndSaysSo) {
+  expectFailed(run("-f utf-8 -t utf-16le",
+                   "a\xFF"
+                   "b"),
+               1, "a\0b\0"s,
+               "standard input: not all of it could be converted from utf-8 to utf-16le");
+  expectFailed(run("-f utf-8 -t 1200", "\xFF"), 1, "",
+               "standard input: nothing of it could be converted from utf-8 to 1200");
+}
+
+TEST_F(Command, GoesOnAfterAFileThatFails) {
+  write("bad", "\xE6\xBC\xA2");
+  write("good", "good");
+  const Finished result = run("-f utf-8 -t gsm missing bad good");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "?good");
+  EXPECT_EQ(result.err,
+            "qvconv: missing: No such file or directory\n"
+            "qvconv: bad: not all of it could be converted from utf-8 to gsm\n");
+}
+
+TEST_F(Command, RefusesADirectory) {
+  expectFailed(run("-f utf-8 -t utf-16le ."), 1, "", ".: Is a directory");
+}
+
+TEST_F(Command, RefusesAFileThatIsTooLarge) {
+  write("large", "");
+  std::filesystem::resize_file(path("large"), 1ULL << 32);
+  expectFailed(run("-f utf-8 -t utf-16le large"), 1, "",
+               "large: larger than 4 GiB less one byte, the most that is handled");
+  expectFailed(run("-f utf-8 -t utf-16le <large"), 1, "",
+               "standard input: larger than 4 GiB less one byte, the most that is handled");
+}
+
+TEST_F(Command, ReportsAFullDisk) {
+  expectFailed(run("-f utf-8 -t utf-16le >/dev/full", "a"), 1, "",
+               "standard output: No space left on device");
+  expectFailed(run("-f utf-8 -t utf-16le -o /dev/full", "a"), 1, "",
+               "/dev/full: No space left on device");
+  expectFailed(run("-l >/dev/full"), 1, "", "standard output: No space left on device");
+}
+
+TEST_F(Command, WritesToAFile) {
+  expectConverted(run("-f utf-8 -t utf-16le -o out", "a"), "");
+  EXPECT_EQ(read("out"), "a\0"s);
+  EXPECT_EQ(fileCount(), 1U);
+  expectConverted(run("-f utf-8 -t utf-8 --output out", "b"), "");
+  EXPECT_EQ(read("out"), "b");
+}
+
+TEST_F(Command, MayWriteToAFileThatItReads) {
+  write("a", "a");
+  write("b", "b");
+  expectConverted(run("-f utf-8 -t utf-16le -o a b a"), "");
+  EXPECT_EQ(read("a"), "b\0a\0"s);
+  EXPECT_EQ(fileCount(), 2U);
+}
+
+TEST_F(Command, KeepsThePermissionsOfAFileThatItReplaces) {
+  write("out", "old");
+  ASSERT_EQ(::chmod(path("out").c_str(), 0640), 0);
+  expectConverted(run("-f utf-8 -t utf-8 -o out", "new"), "");
+  struct stat status {};
+  ASSERT_EQ(::stat(path("out").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0640U);
+}
+
+TEST_F(Command, WritesThroughASymbolicLink) {
+  write("real", "old");
+  std::filesystem::create_symlink("real", path("link"));
+  expectConverted(run("-f utf-8 -t utf-8 -o link", "new"), "");
+  EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+  EXPECT_EQ(read("real"), "new");
+}
+
+TEST_F(Command, WritesToADeviceWithoutReplacingIt) {
+  expectConverted(run("-f utf-8 -t utf-8 -o /dev/null", "a"), "");
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST_F(Command, ReportsAnOutputThatCannotBeOpened) {
+  expectFailed(run("-f utf-8 -t utf-8 -o missing/out", "a"), 1, "",
+               "missing/out: No such file or directory");
+}
+
+TEST_F(Command, RefusesUnknownEncodings) {
+  expectFailed(run("-f nonesuch -t utf-8"), 2, "",
+               "unknown encoding \"nonesuch\" (-l lists the known ones)");
+  expectFailed(run("-f utf-8 -t 99999"), 2, "",
+               "unknown encoding \"99999\" (-l lists the known ones)");
+}
+
+TEST_F(Command, AsksForBothEncodings) {
+  expectFailed(run("-f utf-8"), 2, "", "-t is missing: it names an encoding");
+  expectFailed(run("-t utf-8"), 2, "", "-f is missing: it names an encoding");
+}
+
+TEST_F(Command, RefusesWrongOptionsInOneLine) {
+  for (const char* arguments : {"--nonesuch", "-x", "-f", "-f utf-8 -t", "-f a -f b -t c", "-o"}) {
+    const Finished result = run(arguments);
+    EXPECT_EQ(result.status, 2) << arguments;
+    EXPECT_EQ(result.out, "") << arguments;
+    EXPECT_THAT(result.err, MatchesRegex("qvconv: [^\n]+\n")) << arguments;
+  }
+}
+
+TEST_F(Command, TouchesNoFileWhenUsedWrongly) {
+  write("out", "old");
+  EXPECT_EQ(run("-f nonesuch -t utf-8 -o out", "new").status, 2);
+  EXPECT_EQ(read("out"), "old");
+}
+
+TEST_F(Command, ListsTheEncodings) {
+  const Finished result = run("-l");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.err, "");
+  EXPECT_THAT(result.out, StartsWith("   37  "));
+  EXPECT_THAT(result.out, HasSubstr("\n65001  utf-8  "));
+  EXPECT_EQ(run("--list").out, result.out);
+}
+
+TEST_F(Command, TellsItsVersionAndUse) {
+  EXPECT_THAT(run("--version").out, MatchesRegex("qvconv [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+  const Finished help = run("--help");
+  EXPECT_EQ(help.status, 0);
+  EXPECT_THAT(help.out, HasSubstr("--from"));
+}
+
+}  // namespace
