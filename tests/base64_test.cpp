@@ -23,7 +23,7 @@ constexpr std::string_view alphabet =
 
 // The text stands in front of memory that cannot be read: no NUL ends it.
 std::optional<std::string> decodedIntoBuffer(std::string_view text) {
-  GuardedBytes guarded(text.size());
+  static GuardedBytes guarded(1u << 20);
   const auto* p = reinterpret_cast<const char*>(guarded.place(text));
   DataBuffer out;
   fill(out, "kept");
@@ -36,7 +36,7 @@ std::optional<std::string> decodedIntoBuffer(std::string_view text) {
 }
 
 std::optional<std::string> decodedIntoArray(std::string_view text) {
-  GuardedBytes guarded(text.size());
+  static GuardedBytes guarded(1u << 20);
   const auto* p = reinterpret_cast<const char*>(guarded.place(text));
   unsigned int length = 99;
   unsigned char* array = ContentCoding().decodeBase64(p, sizeOf(text), &length);
@@ -185,7 +185,7 @@ TEST(Base64, AppendsNothingWithoutMemory) {
   const auto* p = reinterpret_cast<const char*>(text.data());
   DataBuffer out;
   fill(out, "kept");
-  const test_memory::MemoryLimit limit(64u << 20);
+  const test_memory::MemoryLimit limit(16u << 20);
   EXPECT_FALSE(ContentCoding::decodeBase64ToDb(p, 0xFFFFFFFCU, out));
   EXPECT_EQ(contentOf(out), "kept");
   unsigned int length = 99;

@@ -52,7 +52,7 @@ std::string utf8(std::u32string_view scalars) {
 // The bytes stand in front of memory that cannot be read, and in a buffer that
 // borrows them, so that nothing is copied past the guard.
 Result toUtf8(std::string_view units) {
-  GuardedBytes guarded(units.size());
+  static GuardedBytes guarded(5u << 20);
   DataBuffer in;
   in.borrowData(guarded.place(units), sizeOf(units));
   DataBuffer out;
@@ -61,14 +61,14 @@ Result toUtf8(std::string_view units) {
 }
 
 Result rawToUtf8(std::string_view units) {
-  GuardedBytes guarded(units.size());
+  static GuardedBytes guarded(5u << 20);
   DataBuffer out;
   const bool ok = _qvUtf::utf32ToUtf8(guarded.place(units), sizeOf(units) / 4, out);
   return {ok, contentOf(out)};
 }
 
 Result toUtf32(bool bigEndian, std::string_view text) {
-  GuardedBytes guarded(text.size());
+  static GuardedBytes guarded(5u << 20);
   DataBuffer in;
   in.borrowData(guarded.place(text), sizeOf(text));
   DataBuffer out;
@@ -77,7 +77,7 @@ Result toUtf32(bool bigEndian, std::string_view text) {
 }
 
 Result rawToUtf32(bool bigEndian, std::string_view text) {
-  GuardedBytes guarded(text.size());
+  static GuardedBytes guarded(5u << 20);
   DataBuffer out;
   const bool ok = _qvUtf::utf8toUtf32(bigEndian, guarded.place(text), sizeOf(text), out);
   return {ok, contentOf(out)};
@@ -320,7 +320,7 @@ TEST(Utf32Sizes, DoNotWrapForGigabytesOfInput) {
   const test_memory::RepeatedBytes units(hostUtf32(U"\U0001F600"), 0x100000004U);
   DataBuffer in;
   in.borrowData(units.data(), 0xFFFFFFFFU);
-  const test_memory::MemoryLimit limit(64u << 20);
+  const test_memory::MemoryLimit limit(16u << 20);
   DataBuffer out;
   EXPECT_FALSE(_qvUtf::utf8toUtf32(true, ascii.data(), 0x40000001U, out));
   EXPECT_FALSE(_qvUtf::utf32ToUtf8(units.data(), 0x40000001U, out));

@@ -32,7 +32,7 @@ using Transform = bool (*)(DataBuffer&, DataBuffer&);
 
 // The input is borrowed from in front of memory that cannot be read.
 Result transformed(Transform transform, std::string_view in) {
-  test_memory::GuardedBytes guarded(in.size());
+  static test_memory::GuardedBytes guarded(1u << 20);
   DataBuffer source;
   source.borrowData(guarded.place(in), sizeOf(in));
   DataBuffer out;
@@ -316,7 +316,7 @@ TEST(Utf7Sizes, DoNotWrapForGigabytesOfInput) {
   const test_memory::RepeatedBytes units(hostUnits(u"\u00A3a"), 0xFFFFFFFFU);
   DataBuffer in;
   DataBuffer out;
-  const test_memory::MemoryLimit limit(64u << 20);
+  const test_memory::MemoryLimit limit(16u << 20);
   for (const unsigned int size : {0x80000001U, 0xFFFFFFFFU}) {
     in.borrowData(direct.data(), size);
     EXPECT_FALSE(_qvUtf::Utf7ToUtf16_xe(in, out));

@@ -70,7 +70,7 @@ class GuardedBytes {
 };
 
 /// `size` readable bytes and more that repeat `pattern`, whose length divides
-/// a page; they take 16 MiB of memory, however many they are.
+/// a page; they take 1 MiB of memory, however many they are.
 class RepeatedBytes {
  public:
   RepeatedBytes(std::string_view pattern, std::size_t size)
@@ -90,7 +90,7 @@ class RepeatedBytes {
   unsigned char* data() const { return m_mapping.data(); }
 
  private:
-  static constexpr std::size_t block = 16u << 20;
+  static constexpr std::size_t block = 1u << 20;
 
   static bool fillBlock(int descriptor, std::string_view pattern) {
     void* address = mmap(nullptr, block, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
