@@ -248,6 +248,17 @@ TEST(Gsm, DecodesRandomBytesByTheTables) {
   }
 }
 
+// Long texts are worked on in pieces; no escape may be torn from its character.
+TEST(Gsm, DecodesLongRandomTextsByTheTables) {
+  std::mt19937 random(7);
+  for (unsigned int escapes = 2; escapes < 6; ++escapes) {
+    std::string in(50000, '\0');
+    for (char& byte : in)
+      byte = static_cast<char>(random() % escapes == 0 ? escape : random() % 0x80);
+    EXPECT_TRUE(decode(in) == referenceDecoding(in)) << escapes;
+  }
+}
+
 TEST(GsmSizes, DoNotWrapForGigabytesOfInput) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
   const test_memory::RepeatedBytes euros("\x1B\x65", 0xFFFFFFFFU);

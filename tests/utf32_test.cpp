@@ -302,6 +302,22 @@ TEST(Utf8ToUtf32, MeetsAnErrorAnywhereInALongPlainText) {
     }
 }
 
+// Long texts are worked on in pieces; no sequence may be torn between two.
+TEST(Utf8ToUtf32, AgreesWithTheTableOnLongRandomTexts) {
+  std::mt19937 random(6);
+  const std::string pieces[] = {"a",    "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80",
+                                "\x80", "\xE2\x82"};
+  for (const unsigned int kinds : {1U, 2U, 3U, 4U, 6U}) {
+    std::string bytes;
+    while (bytes.size() < 60000) bytes += pieces[random() % kinds];
+    const reference::Utf8Text text = reference::decodeUtf8(bytes);
+    const Result wanted{text.wellFormed, utf32(true, text.codePoints)};
+    EXPECT_TRUE(toUtf32(true, bytes) == wanted) << kinds;
+    if (!text.wellFormed) continue;
+    EXPECT_TRUE((toUtf8(hostUtf32(text.codePoints)) == Result{true, bytes})) << kinds;
+  }
+}
+
 TEST(Utf8ToUtf32, AppendsToTheOutput) {
   DataBuffer in;
   fill(in, "a");

@@ -310,6 +310,21 @@ TEST(Utf7Decoding, AgreesWithTheReferenceOnRandomBytes) {
   }
 }
 
+// Long texts are worked on in pieces; a run goes on from one to the next.
+TEST(Utf7, RoundTripsLongRandomTexts) {
+  std::mt19937 random(5);
+  constexpr std::u16string_view kinds = u"ab-. +!\u00A3\u20AC\uFFFF";
+  for (int i = 0; i < 20; ++i) {
+    std::u16string text(20000 + random() % 20000, u'\u00A3');
+    // The texts go from one single run to hardly any.
+    for (char16_t& unit : text)
+      if (random() % 20 < static_cast<unsigned int>(i)) unit = kinds[random() % kinds.size()];
+    const Result encoded = encode(text);
+    ASSERT_TRUE((encoded == Result{true, reference::encodeUtf7(text)})) << i;
+    ASSERT_TRUE((decode(encoded.bytes) == Result{true, hostUnits(text)})) << i;
+  }
+}
+
 TEST(Utf7Sizes, DoNotWrapForGigabytesOfInput) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
   const test_memory::RepeatedBytes direct("aaaa", 0xFFFFFFFFU);
