@@ -25,6 +25,13 @@ constexpr bool canLimitMemory = false;
 constexpr bool canLimitMemory = true;
 #endif
 
+// The thread sanitizer notes every byte that is read: minutes for gigabytes.
+#if defined(__SANITIZE_THREAD__)
+constexpr bool canReadGigabytes = false;
+#else
+constexpr bool canReadGigabytes = true;
+#endif
+
 /// Reserved addresses, neither readable nor writable unless asked for.
 class Mapping {
  public:
