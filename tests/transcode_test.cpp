@@ -351,23 +351,54 @@ TEST(Utf8ToUtf16, AgreesWithTheSlowWayForEveryPairOfBytes) {
   }
 }
 
+/// Numbers of bytes at which a block may end.
+constexpr std::size_t kBlocks[] = {512, 4096, 16384};
+
+/// Transcodes `head` and `tail` as one text and expects `out` and `tailOut`.
+void expectTranscoded(Transcoder transcoder, EncodingConvert converter, const Bytes& head,
+                      const Bytes& tail, const Bytes& out, const Bytes& tailOut) {
+  NullLog log;
+  DataBuffer written;
+  const Bytes input = head + tail;
+  EXPECT_TRUE((converter.*transcoder)(input.data(), sizeOf(input), written, log));
+  ASSERT_TRUE(contentOf(written) == out + tailOut) << head.size() << " bytes before " << hex(tail);
+}
+
 TEST(Utf8ToUtf16, IsWholeAroundTheEdgesOfItsBlocks) {
-  const Bytes units[] = {bytes("61"), bytes("C3 A9"), bytes("E2 82 AC"), bytes("F0 9F 98 80")};
-  for (std::size_t ascii = 250; ascii <= 258; ++ascii) {
-    for (const Bytes& unit : units) {
-      const Bytes input = repeated(ascii, bytes("78")) + repeated(260, unit) + bytes("7A");
-      const Outcome expected = {true, false, hex(slowUtf16(input, 0, {}))};
-      EXPECT_EQ(toUtf16(EncodingConvert(), input), expected) << ascii << " before " << hex(unit);
+  const Bytes tails[] = {
+      bytes("61 62"), bytes("C3 A9"),    bytes("E2 82 AC"),    bytes("F0 9F 98 80"),
+      bytes("80"),    bytes("E2 82 79"), bytes("F0 9F 98 79"), bytes("F0 9F 98 80 80"),
+      bytes("F0 9F")};
+  for (std::size_t block : kBlocks) {
+    for (std::size_t ascii = block - 5; ascii <= block + 1; ++ascii) {
+      const Bytes head = repeated(ascii, bytes("78"));
+      const Bytes out = repeated(ascii, bytes("78 00"));
+      for (const Bytes& tail : tails) {
+        for (int action : {0, 2}) {
+          expectTranscoded(&EncodingConvert::cv_utf8_to_utf16, withAction(action), head, tail, out,
+                           slowUtf16(tail, action, {}));
+        }
+      }
     }
   }
 }
 
+TEST(Utf8ToUtf16, IsWholeOverManyBlocks) {
+  for (const Bytes& unit : {bytes("61"), bytes("C3 A9"), bytes("E2 82 AC"), bytes("F0 9F 98 80"),
+                            bytes("61 C3 A9 E2 82 AC F0 9F 98 80")}) {
+    const Bytes input = repeated(20000, unit);
+    const Outcome expected = {true, false, hex(slowUtf16(input, 0, {}))};
+    ASSERT_EQ(toUtf16(EncodingConvert(), input), expected) << hex(unit);
+  }
+}
+
 TEST(Utf8ToUtf16, HandlesAnErrorAtEveryPlaceOfABlock) {
+  const Bytes tail = bytes("80 79 E2 82");
   for (std::size_t before = 0; before <= 520; ++before) {
-    const Bytes input = repeated(before, bytes("78")) + bytes("80 79 E2 82");
     for (int action : {0, 2, 7}) {
-      const Outcome expected = {true, true, hex(slowUtf16(input, action, {}))};
-      ASSERT_EQ(toUtf16(withAction(action), input), expected) << before;
+      expectTranscoded(&EncodingConvert::cv_utf8_to_utf16, withAction(action),
+                       repeated(before, bytes("78")), tail, repeated(before, bytes("78 00")),
+                       slowUtf16(tail, action, {}));
     }
   }
 }
@@ -571,30 +602,45 @@ TEST(Utf16ToUtf8, ReadsSurrogatesAtOddPositionsToo) {
   EXPECT_EQ(toUtf8(honouring(), "EF FD 02 80 81 3D D8 00"), converts("80 81 ED A0 BD"));
 }
 
+struct Rewritten {
+  const char* utf16;
+  const char* utf8;
+};
+
+constexpr Rewritten kRewritten[] = {{"61 00", "61"},
+                                    {"E9 00", "C3 A9"},
+                                    {"AC 20", "E2 82 AC"},
+                                    {"3D D8 00 DE", "F0 9F 98 80"},
+                                    {"00 D8 AC 20", "ED A0 80 E2 82 AC"},
+                                    {"00 00", ""},
+                                    {"EF FD 03 80 81 82", "80 81 82"}};
+
 TEST(Utf16ToUtf8, IsWholeAroundTheEdgesOfItsBlocks) {
-  const struct {
-    const char* unit;
-    const char* out;
-  } rows[] = {{"61 00", "61"},
-              {"E9 00", "C3 A9"},
-              {"AC 20", "E2 82 AC"},
-              {"3D D8 00 DE", "F0 9F 98 80"},
-              {"00 D8 AC 20", "ED A0 80 E2 82 AC"}};
-  for (std::size_t ascii = 505; ascii <= 514; ++ascii) {
-    for (const auto& row : rows) {
-      const Bytes input = repeated(ascii, bytes("78 00")) + repeated(260, bytes(row.unit));
-      const Bytes expected = repeated(ascii, bytes("78")) + repeated(260, bytes(row.out));
-      EXPECT_EQ(toUtf8(EncodingConvert(), input), (Outcome{true, false, hex(expected)}))
-          << ascii << " before " << row.unit;
+  for (std::size_t units : {256U, 512U, 2048U, 4096U, 8192U, 16384U}) {
+    for (std::size_t ascii = units - 5; ascii <= units + 1; ++ascii) {
+      const Bytes head = repeated(ascii, bytes("78 00"));
+      const Bytes out = repeated(ascii, bytes("78"));
+      for (const Rewritten& row : kRewritten) {
+        expectTranscoded(&EncodingConvert::cv_utf16_to_utf8, honouring(), head,
+                         repeated(2, bytes(row.utf16)), out, repeated(2, bytes(row.utf8)));
+      }
     }
   }
 }
 
+TEST(Utf16ToUtf8, IsWholeOverManyBlocks) {
+  for (const Rewritten& row : kRewritten) {
+    const Bytes input = repeated(20000, bytes(row.utf16));
+    const Bytes expected = repeated(20000, bytes(row.utf8));
+    ASSERT_EQ(toUtf8(honouring(), input), (Outcome{true, false, hex(expected)})) << row.utf16;
+  }
+}
+
 TEST(Utf16ToUtf8, CopiesMarkedBytesAtEveryPlaceOfABlock) {
-  for (std::size_t before = 500; before <= 520; ++before) {
-    const Bytes input = repeated(before, bytes("78 00")) + bytes("EF FD 03 80 81 82 79 00");
-    const Bytes expected = repeated(before, bytes("78")) + bytes("80 81 82 79");
-    EXPECT_EQ(toUtf8(honouring(), input), (Outcome{true, false, hex(expected)})) << before;
+  for (std::size_t before = 0; before <= 520; ++before) {
+    expectTranscoded(&EncodingConvert::cv_utf16_to_utf8, honouring(),
+                     repeated(before, bytes("78 00")), bytes("EF FD 03 80 81 82 79 00"),
+                     repeated(before, bytes("78")), bytes("80 81 82 79"));
   }
 }
 

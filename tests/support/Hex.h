@@ -77,6 +77,7 @@ inline Bytes operator+(Bytes left, const Bytes& right) {
 /// `count` copies of `unit`, one after the other.
 inline Bytes repeated(std::size_t count, const Bytes& unit) {
   Bytes result;
+  result.reserve(count * unit.size());
   for (std::size_t i = 0; i < count; ++i) result.insert(result.end(), unit.begin(), unit.end());
   return result;
 }
