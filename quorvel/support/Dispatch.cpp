@@ -154,6 +154,24 @@ bool takeDestinationRoute(EncodingConvert& converter, const Request& request, Da
   return convertVia(converter, to, request, out, log);
 }
 
+bool convertAccepted(EncodingConvert& converter, Request request, DataBuffer& out, LogBase& log) {
+  std::unique_ptr<unsigned char[]> logicalOrder;
+  if (request.fromCodePage == codePageMacArabic) {
+    logicalOrder.reset(qvNewUnsignedChar(request.numBytes));
+    if (!logicalOrder) return false;
+    std::copy_n(request.data, request.numBytes, logicalOrder.get());
+    reorderMacArabic(logicalOrder.get(), request.numBytes);
+    request.data = logicalOrder.get();
+  }
+  if (isIso2022Jp(request.fromCodePage)) return fromIso2022Jp(converter, request, out, log);
+  if (request.fromCodePage == codePageIso2022Kr) return fromIso2022Kr(converter, request, out, log);
+
+  converter.m_honorPassthroughMarkers = false;
+  converter.m_fromCodePage = request.fromCodePage;
+  converter.m_toCodePage = request.toCodePage;
+  return takeDestinationRoute(converter, request, out, log);
+}
+
 struct Preamble {
   int codePage;
   unsigned char bytes[3];
@@ -188,22 +206,7 @@ bool EncodingConvert::EncConvert(int fromCodePage, int toCodePage, const unsigne
   }
   if (!isAccepted(fromCodePage) || !isAccepted(toCodePage)) return false;
 
-  Request request{fromCodePage, toCodePage, data, numBytes};
-  std::unique_ptr<unsigned char[]> logicalOrder;
-  if (fromCodePage == codePageMacArabic) {
-    logicalOrder.reset(qvNewUnsignedChar(numBytes));
-    if (!logicalOrder) return false;
-    std::copy_n(data, numBytes, logicalOrder.get());
-    reorderMacArabic(logicalOrder.get(), numBytes);
-    request.data = logicalOrder.get();
-  }
-  if (isIso2022Jp(fromCodePage)) return fromIso2022Jp(*this, request, out, log);
-  if (fromCodePage == codePageIso2022Kr) return fromIso2022Kr(*this, request, out, log);
-
-  m_honorPassthroughMarkers = false;
-  m_fromCodePage = fromCodePage;
-  m_toCodePage = toCodePage;
-  const bool ok = takeDestinationRoute(*this, request, out, log);
+  const bool ok = convertAccepted(*this, {fromCodePage, toCodePage, data, numBytes}, out, log);
   if (!ok) m_hadError = true;
   return ok;
 }
