@@ -13,7 +13,10 @@ namespace qvconv {
 
 namespace {
 
-void complain(const std::string& line) { std::fprintf(stderr, "qvconv: %s\n", line.c_str()); }
+// Where standard error is closed too, nobody is left to tell.
+void complain(const std::string& line) {
+  static_cast<void>(std::fprintf(stderr, "qvconv: %s\n", line.c_str()));
+}
 
 // Reads and converts one file; whatever could be converted is in `converted`.
 bool convertFile(const Options& options, const std::string& file, quorvel::DataBuffer& converted) {

@@ -5,8 +5,8 @@ namespace pack {
 namespace {
 
 constexpr unsigned int firstRow = 89;
-constexpr unsigned int rows = 4;
-constexpr unsigned int cellsPerRow = 94;
+constexpr std::size_t rows = 4;
+constexpr std::size_t cellsPerRow = 94;
 
 // How the cell with this index is labelled, as in "89-01:".
 std::string labelOf(std::size_t index) {

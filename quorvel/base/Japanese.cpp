@@ -1,6 +1,7 @@
 #include "quorvel/base/Japanese.h"
 
 #include <atomic>
+#include <cstddef>
 #include <memory>
 
 #include "quorvel/base/ContentCoding.h"
@@ -69,7 +70,7 @@ constexpr bool isInLastBlock(unsigned int row) {
   return row >= firstLastBlockRow && row < firstLastBlockRow + lastBlockRows;
 }
 
-unsigned int lastBlockCode(const unsigned char* block, unsigned int index) {
+unsigned int lastBlockCode(const unsigned char* block, std::size_t index) {
   return static_cast<unsigned int>(block[2 * index] << 8 | block[2 * index + 1]);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string_view>
@@ -178,10 +179,7 @@ constexpr bool sameText(std::string_view a, std::string_view b) {
 
 template <typename Predicate>
 constexpr bool all(std::string_view text, Predicate predicate) {
-  for (const char c : text) {
-    if (!predicate(c)) return false;
-  }
-  return true;
+  return std::all_of(text.begin(), text.end(), predicate);
 }
 
 struct Locale {
@@ -216,7 +214,7 @@ constexpr bool addSubtag(Locale& locale, std::string_view subtag) {
 constexpr std::string_view takeUntil(std::string_view& rest, std::string_view ends) {
   const std::size_t end = rest.find_first_of(ends);
   const std::string_view taken = rest.substr(0, end);
-  rest = end == rest.npos ? std::string_view{} : rest.substr(end + 1);
+  rest = end == std::string_view::npos ? std::string_view{} : rest.substr(end + 1);
   return taken;
 }
 
@@ -224,7 +222,7 @@ constexpr std::string_view takeUntil(std::string_view& rest, std::string_view en
 // nothing.
 constexpr std::optional<Locale> parse(std::string_view name) {
   constexpr std::string_view kMarksOfAComposite = "/;=,";
-  if (name.find_first_of(kMarksOfAComposite) != name.npos) return std::nullopt;
+  if (name.find_first_of(kMarksOfAComposite) != std::string_view::npos) return std::nullopt;
 
   std::string_view modifier = name;
   std::string_view tag = takeUntil(modifier, "@");

@@ -13,6 +13,7 @@ std::atomic<int> ansiOverride{0};
 std::atomic<int> oemOverride{0};
 
 LocaleCodePages codePagesOfProcess() {
+  // Only asked, never set: NOLINTNEXTLINE(concurrency-mt-unsafe)
   return codePagesOfLocale(std::setlocale(LC_CTYPE, nullptr));
 }
 

@@ -25,7 +25,9 @@ struct Stream {
 };
 
 unsigned int announcedLength(const unsigned char* header) {
-  return header[4] | header[5] << 8 | header[6] << 16 | static_cast<unsigned int>(header[7]) << 24;
+  unsigned int length = 0;
+  for (int i = 7; i >= 4; --i) length = length << 8 | header[i];
+  return length;
 }
 
 // Appends what one stream gives, `length` bytes exactly. Null when it did, else

@@ -46,7 +46,7 @@ unsigned char remap(unsigned char byte) {
 
 }  // namespace
 
-const std::array<int, 224> MacArabicRL = makeFlags();
+constinit const std::array<int, 224> MacArabicRL = makeFlags();
 
 void reorderMacArabic(unsigned char* text, unsigned int n) {
   bool inRun = false;
