@@ -19,7 +19,7 @@ constexpr ByteRange rightToLeftRanges[] = {
     {0xA6, 0xAB}, {0xAD, 0xBA}, {0xBC, 0xBE}, {0xC0, 0xC0}, {0xDB, 0xDF}, {0xFB, 0xFD},
 };
 
-constexpr std::array<int, 224> makeFlags() {
+constexpr std::array<int, 224> makeFlags() noexcept {
   std::array<int, 224> flags = {};
   for (const ByteRange& range : rightToLeftRanges) {
     for (unsigned int byte = range.first; byte <= range.last; ++byte) {

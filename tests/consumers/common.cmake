@@ -1,5 +1,6 @@
 # What the scripts of this directory share. They are given LINKAGE, the tree to
 # WORK in, the SOURCE tree and how to compile.
+cmake_minimum_required(VERSION 3.23)
 
 set(prefix ${WORK}/${LINKAGE}/installed)
 if(LINKAGE STREQUAL shared)
