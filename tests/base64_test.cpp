@@ -139,8 +139,10 @@ TEST(Base64, RefusesALengthThatIsNoMultipleOfFour) {
 }
 
 TEST(Base64, RefusesMisplacedPadding) {
-  for (const char* text : {"=", "==", "===", "====", "Z===", "=m9v", "Z=9v", "Zm=v", "Z=9=", "=m8=",
-                           "Zg==Zg==", "Zm8=Zm9v", "Zm9v=", "Zm9v====", "Zm9vZ===", "Zg==="})
+  for (const char* text :
+       {"=",        "==",       "===",      "====",  "Z===",     "A===",     "AAAAA===",
+        "AAAA====", "AA=A",     "A=A=",     "=m9v",  "Z=9v",     "Zm=v",     "Z=9=",
+        "=m8=",     "Zg==Zg==", "Zm8=Zm9v", "Zm9v=", "Zm9v====", "Zm9vZ===", "Zg==="})
     expectMalformed(text);
 }
 
