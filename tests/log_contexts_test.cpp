@@ -6,6 +6,7 @@
 #include "quorvel/base/StringBuffer.h"
 #include "tests/support/Conversion.h"
 #include "tests/support/RecordingLog.h"
+#include "tests/support/ThrowingSink.h"
 
 namespace {
 
@@ -260,27 +261,6 @@ TEST(LogContexts, AreNotOpenedByTheErrorHandlers) {
     converter.handleErrorFromUnknown(data.data(), out, log);
   }
   EXPECT_EQ(log.lines, Lines());
-}
-
-/// Lets a sink throw at each of its calls in turn, and checks that every
-/// context is closed again and the exception arrives.
-template <typename Operation>
-void expectBalanceWhereverTheSinkThrows(bool verbose, Operation operation) {
-  RecordingLog whole(verbose);
-  operation(whole);
-  const long calls = static_cast<long>(whole.lines.size());
-  ASSERT_GT(calls, 0);
-  for (long call = 0; call < calls; ++call) {
-    RecordingLog log(verbose);
-    log.throwAt(call);
-    try {
-      operation(log);
-      ADD_FAILURE() << "the exception of call " << call << " was lost";
-    } catch (const SinkFailure& failure) {
-      EXPECT_EQ(failure.call, call);
-    }
-    EXPECT_EQ(log.openContexts, 0) << "after call " << call;
-  }
 }
 
 TEST(ASinkThatThrows, FindsEveryContextClosed) {
