@@ -1,6 +1,8 @@
-#include "InputFile.h"
+#include "tools/InputFile.h"
 
+#include <charconv>
 #include <fstream>
+#include <system_error>
 
 namespace pack {
 
@@ -36,6 +38,13 @@ std::vector<std::string_view> splitWords(std::string_view text) {
     words.push_back(word);
     text.remove_prefix(word.size());
   }
+}
+
+int parseCodePage(std::string_view text) {
+  int number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool isNumber = error == std::errc() && end == text.data() + text.size();
+  return isNumber && number > 0 && number <= 0xFFFF ? number : 0;
 }
 
 int parseHex(std::string_view text, unsigned int digits) {

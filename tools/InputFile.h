@@ -39,6 +39,9 @@ struct InputFile {
 /// The parts of `text` between runs of spaces.
 std::vector<std::string_view> splitWords(std::string_view text);
 
+/// The number of a code page, in decimal, or 0 when `text` is none.
+int parseCodePage(std::string_view text);
+
 /// The value of exactly `digits` upper-case hexadecimal digits, or -1.
 int parseHex(std::string_view text, unsigned int digits);
 

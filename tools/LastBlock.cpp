@@ -1,4 +1,4 @@
-#include "LastBlock.h"
+#include "tools/LastBlock.h"
 
 namespace pack {
 

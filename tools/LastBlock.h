@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Base64.h"
-#include "InputFile.h"
+#include "tools/Base64.h"
+#include "tools/InputFile.h"
 
 namespace pack {
 

@@ -10,35 +10,35 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 
-#include "Base64.h"
-#include "InputFile.h"
-#include "LastBlock.h"
+#include "tools/Base64.h"
+#include "tools/InputFile.h"
+#include "tools/LastBlock.h"
+#include "tools/PackedTables.h"
+#include "tools/TableSource.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t charactersPerLine = 80;
-
-std::string lastBlockSource(const fs::path& codepages) {
-  const pack::InputFile file(codepages / "iso2022jp-last-block.txt");
-  const std::string text = pack::encodeBase64(pack::packLastBlock(file));
-  std::string source =
-      "#include \"quorvel/base/SjisLastBlock.h\"\n\n"
-      "namespace quorvel {\n\n"
-      "const char sjisLastBlockText[] =";
-  for (std::size_t i = 0; i < text.size(); i += charactersPerLine) {
-    source += "\n    \"" + text.substr(i, charactersPerLine) + '"';
-  }
-  return source + ";\n\n}  // namespace quorvel\n";
-}
-
 void writeFile(const fs::path& target, const std::string& text) {
+  fs::create_directories(target.parent_path());
   std::ofstream out(target, std::ios::binary);
   out << text;
   if (!out.flush()) throw std::runtime_error(target.string() + ": cannot be written");
+}
+
+// Everything is packed before anything is written, so that a failed build
+// leaves no half of it behind.
+void packAll(const fs::path& codepages, const fs::path& output) {
+  const pack::InputFile lastBlock(codepages / "iso2022jp-last-block.txt");
+  const std::string lastBlockText = pack::encodeBase64(pack::packLastBlock(lastBlock));
+  const std::vector<pack::PackedTable> tables = pack::packTables(codepages);
+  writeFile(output / "quorvel/support/PackedTables.h", pack::tablesHeader(tables));
+  writeFile(output / "PackedTables.cpp", pack::tablesSource(tables));
+  writeFile(output / "SjisLastBlock.cpp", pack::lastBlockSource(lastBlockText));
 }
 
 }  // namespace
@@ -49,10 +49,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    // Everything is packed before anything is written, so that a failed build
-    // leaves no half of it behind.
-    const std::string lastBlock = lastBlockSource(argv[1]);
-    writeFile(fs::path(argv[2]) / "SjisLastBlock.cpp", lastBlock);
+    packAll(argv[1], argv[2]);
   } catch (const std::exception& error) {
     std::cerr << error.what() << '\n';
     return 1;
