@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <utility>
@@ -9,6 +10,7 @@
 #include "quorvel/base/QuorvelBzip2.h"
 #include "quorvel/base/SjisLastBlock.h"
 #include "quorvel/support/PackedTables.h"
+#include "tests/CodePageFile.h"
 
 namespace {
 
@@ -352,6 +354,45 @@ TEST(PackedTables, AscendByCharacter) {
     }
     EXPECT_EQ(std::string(table.name) == "GetEucJP" ? 1U : 0U, numSteps);
   }
+}
+
+// --- Against the mapping files ----------------------------------------------
+
+// The records of a file, sorted.
+std::vector<Record> recordsOf(const CodePageFile& file, std::size_t digits) {
+  std::vector<Record> records;
+  for (const auto& [unit, code] : file.fromUnicode) {
+    if (code.size() == digits) {
+      records.emplace_back(static_cast<unsigned int>(std::stoul(code, nullptr, 16)), unit);
+    }
+  }
+  std::sort(records.begin(), records.end());
+  return records;
+}
+
+std::vector<Record> sorted(std::vector<Record> records) {
+  std::sort(records.begin(), records.end());
+  return records;
+}
+
+TEST(PackedTables, SayWhatTheMappingFilesSay) {
+  std::map<std::string, std::string> texts;
+  for (const auto& [name, table] : singleByteTables) texts[name] = table.text;
+  for (const MultibyteTable& table : multibyteTables) texts[table.name] = textOf(table.get);
+  unsigned int numTables = 0;
+  for (const int codePage : codePagesWithAFile()) {
+    const CodePageFile file(codePage);
+    if (file.table.empty() || file.isChange) continue;
+    SCOPED_TRACE(codePage);
+    ASSERT_EQ(1U, texts.count(file.table));
+    const Bytes table = unpack(texts[file.table]);
+    EXPECT_EQ(file.lowerHalf == "ascii" ? 'a' : 'x', static_cast<char>(table.at(0)));
+    const CompleteList list = readCompleteList(table);
+    EXPECT_EQ(recordsOf(file, 2), sorted(list.singles));
+    EXPECT_EQ(recordsOf(file, 4), sorted(list.doubles));
+    ++numTables;
+  }
+  EXPECT_EQ(texts.size(), numTables);
 }
 
 // --- The changes of Mac Japanese --------------------------------------------
