@@ -8,9 +8,6 @@ namespace quorvel {
 
 namespace {
 
-constexpr int lengthCodeToByte = 21;
-constexpr int lengthCodeToPair = 22;
-
 unsigned short numberOf(const unsigned char* key) {
   return static_cast<unsigned short>(key[0] | key[1] << 8);
 }
@@ -39,10 +36,7 @@ bool HashConvert::hcInitialize(int numBuckets) {
 
 void HashConvert::hcInsert(const unsigned char* key, const unsigned char* value, int lengthCode,
                            LogBase& log) {
-  if (!m_storage || (lengthCode != lengthCodeToByte && lengthCode != lengthCodeToPair)) {
-    log.logError("A mapping cannot be stored in this table.");
-    return;
-  }
+  if (!m_storage || (lengthCode != lengthCodeToByte && lengthCode != lengthCodeToPair)) return;
   if (isPresent(key)) return;
   const bool isSingleByte = lengthCode == lengthCodeToByte;
   const unsigned char secondByte = isSingleByte ? 0 : value[1];

@@ -29,11 +29,13 @@ class QUORVEL_API HashConvert {
   /// safe to read, maps nothing and takes nothing, and the result is false.
   bool hcInitialize(int numBuckets);
 
-  /// Adds a mapping. `lengthCode` is ten times the key length plus the value
-  /// length: 21 or 22; anything else is refused. A key that is present keeps
-  /// its first mapping. What cannot be added is reported as an error line.
-  void hcInsert(const unsigned char* key, const unsigned char* value, int lengthCode,
-                LogBase& log);
+  /// What `hcInsert` takes: ten times the key length plus the value length.
+  static constexpr int lengthCodeToByte = 21;
+  static constexpr int lengthCodeToPair = 22;
+
+  /// Adds a mapping, if `lengthCode` is one of the two above. A key that is present keeps
+  /// its first mapping. Lack of memory is reported as an error line.
+  void hcInsert(const unsigned char* key, const unsigned char* value, int lengthCode, LogBase& log);
 
   /// Looks a two-byte key up wherever it may be stored. On a hit the value is
   /// copied to `out` (room for 10 bytes) and `outLen` becomes its length; on a
@@ -48,8 +50,8 @@ class QUORVEL_API HashConvert {
   /// `m_byteToUnicode`, and the lower-ASCII flag is handed over.
   void hcBuildReverse(HashConvert& dest, LogBase& log) const;
 
-  /// Calls `visit(key, value, valueLength)` for every mapping, in an order that
-  /// depends on the content alone.
+  /// Calls `visit(key, value, valueLength)` for every mapping, in no particular
+  /// order.
   template <typename Visitor>
   void forEachMapping(Visitor&& visit) const {
     for (unsigned int i = 0; i < m_numBuckets; ++i) {
@@ -86,8 +88,8 @@ class QUORVEL_API HashConvert {
 
   unsigned int m_numBuckets = 1;         ///< number of slots, never 0
   unsigned char* m_buckets = m_noSlots;  ///< the slots, `slotLength` bytes each
-  bool m_hasRemovals = false;   ///< an empty slot may hide a key that is stored elsewhere
-  int m_direction = 0;          ///< 1 from Unicode, 2 to Unicode
+  bool m_hasRemovals = false;            ///< an empty slot may hide a key that is stored elsewhere
+  int m_direction = 0;                   ///< 1 from Unicode, 2 to Unicode
   unsigned short m_byteToUnicode[256] = {};  ///< to Unicode: the unit of a single byte, 0 for none
 
  protected:

@@ -2,8 +2,10 @@
 
 #include "quorvel/base/DataBuffer.h"
 #include "quorvel/base/Export.h"
+#include "quorvel/base/HashConvert.h"
 #include "quorvel/base/LogBase.h"
 #include "quorvel/base/StringBuffer.h"
+#include "quorvel/base/UnicodeLookup.h"
 
 namespace quorvel {
 
@@ -117,15 +119,67 @@ class QUORVEL_API EncodingConvert {
   bool cv_utf16_to_utf8(const unsigned char* data, unsigned int numBytes, DataBuffer& out,
                         LogBase& log);
 
-  /// Decodes a table-driven code page to UTF-16LE. No code page has a table
-  /// yet: false unless there is nothing to decode.
+  /// Decodes a table-driven code page to UTF-16LE. Bytes without a mapping go
+  /// through the error action and leave the result true; it is false for a code
+  /// page without a table and when memory runs out.
   bool convertToUnicodeHC(int fromCodePage, const unsigned char* in, unsigned int inLen,
                           DataBuffer& out, LogBase& log);
 
-  /// Encodes UTF-16LE in a table-driven code page. No code page has a table
-  /// yet: false unless there is nothing to encode.
+  /// Encodes UTF-16LE in a table-driven code page. The result is false when any
+  /// unit had no mapping, whatever the error action wrote for it, for a code
+  /// page without a table and when memory runs out. Surrogates are units like
+  /// any other; half a unit at the end is ignored.
   bool convertFromUnicodeHC(int toCodePage, const unsigned char* in, unsigned int inLen,
                             DataBuffer& out, LogBase& log);
+
+  /// Decodes single-byte text with a lookup. False only when memory runs out.
+  bool convertToUnicodeByLookup(UnicodeLookup& lookup, const unsigned char* in, unsigned int inLen,
+                                DataBuffer& out, LogBase& log);
+
+  /// Decodes multibyte text with a to-Unicode table. False when `hc` is null,
+  /// which is logged, or memory runs out.
+  bool convertToUnicodeHCVar(HashConvert* hc, const unsigned char* in, unsigned int inLen,
+                             DataBuffer& out, LogBase& log);
+
+  /// Encodes UTF-16LE with a from-Unicode table; false when that is null.
+  bool convertFromUnicodeHC2(HashConvert* table, const unsigned char* in, unsigned int inLen,
+                             DataBuffer& out, LogBase& log);
+
+  // --- Tables -----------------------------------------------------------
+
+  /// Make sure that the process-wide table of a code page exists, in the one
+  /// direction or the other. It is built on first use and shared by all
+  /// converters; any number of threads may ask at once. False only when memory
+  /// ran out: a number without a table is fine.
+  static bool ensureHashToUnicode(int codePage, LogBase& log);
+  static bool ensureHashFromUnicode(int codePage, LogBase& log);
+
+  /// As above, but only for 1250 to 1258, or 28591 to 28605; any other number
+  /// is fine and nothing is done for it.
+  static bool ensureHashToUnicode1250(int codePage, LogBase& log);
+  static bool ensureHashToUnicode8859(int codePage, LogBase& log);
+
+  /// As `ensureHashFromUnicode`, but for none of 37, 437, 1250 to 1258, 28591
+  /// to 28605 and the multibyte pages.
+  static bool ensureHashFromUnicode2(int codePage, LogBase& log);
+
+  /// Frees the process-wide tables, all but those of 28600 and 28601; they are
+  /// built again on demand. No conversion may be in progress.
+  static void cleanupMemory();
+
+  /// Fills `table` from packed text: a flag ("x" stored, else compressed) and
+  /// base64. Text that cannot be unpacked leaves the table as it was.
+  static void buildHash(const char* packed, HashConvert& table, bool fromUnicode, LogBase& log);
+
+  /// Fills `table` from the list of mappings, or the list of changes, at
+  /// `body`, which must end as such a list ends.
+  static void buildFromComplete(const unsigned char* body, HashConvert& table, bool fromUnicode,
+                                LogBase& log);
+  static void buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log);
+
+  /// Flattens the single bytes of a to-Unicode table; returns its lower-ASCII
+  /// flag.
+  static bool buildSingleByteLookup(HashConvert& hc, UnicodeLookup& lookup, LogBase& log);
 
   // --- Error policy -----------------------------------------------------
 

@@ -2,6 +2,8 @@
 // bytes only find such text; everything that is written in its place by the
 // four handlers is written here.
 
+#include "quorvel/support/ErrorPolicy.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -15,22 +17,16 @@ namespace quorvel {
 
 namespace {
 
-constexpr int actionSubstitute = 1;
-constexpr int actionHex = 2;
-constexpr int actionReconvert = 6;
-constexpr int actionPassThrough = 7;
-constexpr int actionWiden = 8;
-
 /// The source text that a handler was called for.
 struct Offender {
   const unsigned char* bytes;
-  int length;
+  int length;    ///< never negative
   int codePage;  ///< what the bytes are encoded in
 };
 
-void appendHex(const unsigned char* bytes, int count, DataBuffer& out) {
+void appendHex(const unsigned char* bytes, unsigned int count, DataBuffer& out) {
   constexpr char digits[] = "0123456789ABCDEF";
-  for (int i = 0; i < count; ++i) {
+  for (unsigned int i = 0; i < count; ++i) {
     out.appendChar(static_cast<unsigned char>(digits[bytes[i] >> 4]));
     out.appendChar(static_cast<unsigned char>(digits[bytes[i] & 0xF]));
   }
@@ -46,12 +42,16 @@ void appendMarker(const EncodingConvert& converter, int count, DataBuffer& out) 
   out.append(marker, sizeof marker);
 }
 
+// How many of the substitution bytes there are to write; the field is open to
+// everybody.
+int substitutionLength(const EncodingConvert& converter) {
+  return std::clamp(converter.m_numDefBytes, 0, static_cast<int>(std::size(converter.m_defBytes)));
+}
+
 void substitute(const EncodingConvert& converter, DataBuffer& out) {
-  const int count =
-      std::clamp(converter.m_numDefBytes, 0, static_cast<int>(std::size(converter.m_defBytes)));
-  if (count == 0) return;
-  appendMarker(converter, count, out);
-  out.append(converter.m_defBytes, static_cast<unsigned int>(count));
+  if (substitutionLength(converter) == 0) return;
+  appendMarker(converter, substitutionLength(converter), out);
+  appendSubstitution(converter, out);
 }
 
 void writeHexReference(const EncodingConvert& converter, const Offender& offender,
@@ -59,9 +59,7 @@ void writeHexReference(const EncodingConvert& converter, const Offender& offende
   // The count announces the source length plus 4, not the length that is
   // written: readers of these streams rely on it.
   appendMarker(converter, offender.length + 4, out);
-  out.append("&#x", 3);
-  appendHex(offender.bytes, offender.length, out);
-  out.appendChar(';');
+  appendHexReference(offender.bytes, static_cast<unsigned int>(offender.length), out);
 }
 
 // Converts the offender to the alternate code page, with errors inside that
@@ -73,9 +71,9 @@ void reconvert(EncodingConvert& converter, const Offender& offender, DataBuffer&
   const ScopedRestore to(converter.m_toCodePage);
   converter.m_errorAction = 0;
   const int alternate = converter.m_altDestCodepage;
-  const bool converted = converter.EncConvert(
-      offender.codePage, alternate ? alternate : converter.m_toCodePage, offender.bytes,
-      static_cast<unsigned int>(std::max(offender.length, 0)), out, log);
+  const bool converted =
+      converter.EncConvert(offender.codePage, alternate ? alternate : converter.m_toCodePage,
+                           offender.bytes, static_cast<unsigned int>(offender.length), out, log);
   // The nested conversion starts by clearing the flag; one that then refuses
   // the code page leaves it so.
   if (!converted) converter.m_hadError = true;
@@ -83,7 +81,7 @@ void reconvert(EncodingConvert& converter, const Offender& offender, DataBuffer&
 
 void passThrough(const EncodingConvert& converter, const Offender& offender, DataBuffer& out) {
   appendMarker(converter, offender.length, out);
-  out.append(offender.bytes, static_cast<unsigned int>(std::max(offender.length, 0)));
+  out.append(offender.bytes, static_cast<unsigned int>(offender.length));
 }
 
 enum class Reconversion { always, unlessEncodingPivot };
@@ -118,8 +116,18 @@ bool isDoubleByte(int codePage) {
 
 }  // namespace
 
+void appendSubstitution(const EncodingConvert& converter, DataBuffer& out) {
+  out.append(converter.m_defBytes, static_cast<unsigned int>(substitutionLength(converter)));
+}
+
+void appendHexReference(const unsigned char* bytes, unsigned int count, DataBuffer& out) {
+  out.append("&#x", 3);
+  appendHex(bytes, count, out);
+  out.appendChar(';');
+}
+
 void EncodingConvert::appendHexData(const unsigned char* bytes, int count, DataBuffer& out) {
-  if (bytes) appendHex(bytes, count, out);
+  if (bytes && count > 0) appendHex(bytes, static_cast<unsigned int>(count), out);
 }
 
 void EncodingConvert::handleErrorFromSingleByte(const unsigned char* p, DataBuffer& out,

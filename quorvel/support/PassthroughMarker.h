@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstddef>
+
+#include "quorvel/base/DataBuffer.h"
+
 namespace quorvel {
 
 /// The bytes that announce raw bytes inside a UTF-16 pivot; a count byte and
@@ -14,5 +18,19 @@ inline constexpr unsigned int passthroughMarkerUnit = 0xFDEF;
 
 /// A count byte above this is no count: only the marker is taken away.
 inline constexpr unsigned int mostPassthroughBytes = 5;
+
+/// What becomes of a marker at `in`, with at least its count byte below `end`,
+/// while markers are honoured: the raw bytes that the count announces are
+/// appended to `out`. A count that is none takes only the marker away, one that
+/// announces more than there is the marker and the count. Returns the position
+/// to read on from, which may be an odd one; null when memory runs out.
+inline const unsigned char* copyMarkedBytes(const unsigned char* in, const unsigned char* end,
+                                            DataBuffer& out) {
+  const unsigned int count = in[2];
+  if (count > mostPassthroughBytes) return in + 2;
+  const unsigned char* raw = in + 3;
+  if (end - raw < static_cast<std::ptrdiff_t>(count)) return raw;
+  return out.append(raw, count) ? raw + count : nullptr;
+}
 
 }  // namespace quorvel

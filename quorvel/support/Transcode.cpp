@@ -8,6 +8,7 @@
 #include "quorvel/base/LogContextExitor.h"
 #include "quorvel/base/Utf8Sequence.h"
 #include "quorvel/base/_qvUtf.h"
+#include "quorvel/support/BlockRunner.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/PassthroughMarker.h"
 #include "quorvel/support/TranscodeLoops.h"
@@ -16,46 +17,9 @@ namespace quorvel {
 
 namespace {
 
-// Output is made room for in blocks of this much input, so that neither the
-// room asked for ahead nor its size depends on the length of the text.
-constexpr std::size_t bytesPerBlock = 16384;
-
 // Per two bytes of input.
 constexpr unsigned int mostUtf16Bytes = 4;
 constexpr unsigned int mostUtf8Bytes = 3;
-
-using Loop = Progress (*)(const unsigned char*, const unsigned char*, unsigned char*);
-
-// Runs `loop` until it stops before the end of the input. A block may end
-// inside a character: the loop stops in front of it and the next block begins
-// with it. Only a stop at the very start of a block is one for the caller.
-// Null when memory ran out.
-const unsigned char* runLoop(Loop loop, const unsigned char* in, const unsigned char* end,
-                             unsigned int outputPerTwoBytes, DataBuffer& out) {
-  while (in != end) {
-    const std::size_t length = std::min(static_cast<std::size_t>(end - in), bytesPerBlock);
-    unsigned char* room =
-        out.growBy(static_cast<unsigned int>(length) / 2 * outputPerTwoBytes + outputPerTwoBytes);
-    if (!room) return nullptr;
-    const Progress progress = loop(in, in + length, room);
-    out.keepWritten(static_cast<unsigned int>(progress.out - room));
-    if (progress.in == in) break;
-    in = progress.in;
-  }
-  return in;
-}
-
-// What becomes of a marker unit at `in` while markers are honoured: the raw
-// bytes that its count announces are copied. Returns the position to read on
-// from, null when memory ran out.
-const unsigned char* copyMarkedBytes(const unsigned char* in, const unsigned char* end,
-                                     DataBuffer& out) {
-  const unsigned int count = in[2];
-  if (count > mostPassthroughBytes) return in + 2;
-  const unsigned char* raw = in + 3;
-  if (end - raw < static_cast<std::ptrdiff_t>(count)) return raw;
-  return out.append(raw, count) ? raw + count : nullptr;
-}
 
 // Writes the unit at `in`, a high surrogate or an ordinary U+FDEF, and with a
 // high surrogate the unit behind it, whatever that is, as three bytes each.
@@ -86,7 +50,7 @@ bool EncodingConvert::cv_utf8_to_utf16(const unsigned char* data, unsigned int n
   const LogContextExitor context(log, "cv_utf8_to_utf16", log.m_verboseLogging);
   const unsigned char* end = data + numBytes;
   for (const unsigned char* in = data;;) {
-    in = runLoop(utf8ToUtf16, in, end, mostUtf16Bytes, out);
+    in = runInBlocks(utf8ToUtf16, in, end, mostUtf16Bytes, out);
     if (!in) return false;
     if (in == end) return true;
     if (log.m_verboseLogging) {
@@ -107,12 +71,12 @@ bool EncodingConvert::cv_utf16_to_utf8(const unsigned char* data, unsigned int n
   if (!data || numBytes == 0) return true;
   const LogContextExitor context(log, "convertFromUnicode", log.m_verboseLogging);
   const bool isEven = numBytes % 2 == 0;
-  const Loop loop = g_allow_4byte_utf8 && m_allow4ByteUtf8 ? utf16ToUtf8 : utf16ToUtf8WithoutPairs;
+  const auto loop = g_allow_4byte_utf8 && m_allow4ByteUtf8 ? utf16ToUtf8 : utf16ToUtf8WithoutPairs;
   const unsigned char* end = data + (numBytes & ~1U);
   for (const unsigned char* in = data;;) {
     // Raw bytes may leave an odd number behind them: half a unit ends the text.
     const unsigned char* wholeEnd = end - (end - in) % 2;
-    in = runLoop(loop, in, wholeEnd, mostUtf8Bytes, out);
+    in = runInBlocks(loop, in, wholeEnd, mostUtf8Bytes, out);
     if (!in) return false;
     if (in == wholeEnd) return isEven;
     const bool isMarker =

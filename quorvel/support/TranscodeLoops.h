@@ -1,13 +1,8 @@
 #pragma once
 
-namespace quorvel {
+#include "quorvel/support/Progress.h"
 
-/// How far a loop came: the first input byte that it did not take, and the
-/// position behind what it wrote.
-struct Progress {
-  const unsigned char* in;
-  unsigned char* out;
-};
+namespace quorvel {
 
 /// UTF-8 to UTF-16, two bytes of room for each input byte. Stops at the end or
 /// in front of the first ill-formed sequence, one cut off by the end included.

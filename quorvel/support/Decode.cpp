@@ -1,0 +1,97 @@
+// Decoding of the table-driven code pages to UTF-16LE: the loops of
+// TableLoops.cpp map what has a mapping, the members here decide about the rest.
+
+#include "quorvel/base/LogContextExitor.h"
+#include "quorvel/support/BlockRunner.h"
+#include "quorvel/support/CodePages.h"
+#include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/TableLoops.h"
+#include "quorvel/support/TableRegistry.h"
+
+namespace quorvel {
+
+namespace {
+
+// Decodes multibyte text. A lone byte at the very end is a single-byte error,
+// anything before it one of unknown extent. The result tells whether memory
+// sufficed.
+template <typename Table>
+bool decodeText(EncodingConvert& converter, const Table& table, const unsigned char* in,
+                unsigned int inLen, DataBuffer& out, LogBase& log) {
+  const unsigned char* end = in + inLen;
+  const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
+    return decodeMultiBytes(table, from, stop, end, room);
+  };
+  bool isPerfect = true;
+  for (;;) {
+    in = runInBlocks(loop, in, end, 2 * table.mostBytes, out);
+    if (!in) return false;
+    if (in == end) break;
+    isPerfect = false;
+    converter.m_hadError = true;
+    int skipped = 1;
+    if (converter.m_errorAction != 0) {
+      if (end - in == 1) {
+        converter.handleErrorFromSingleByte(in, out, log);
+      } else {
+        skipped = converter.handleErrorFromUnknown(in, out, log);
+      }
+    }
+    in += skipped;
+  }
+  if (!isPerfect && log.m_verboseLogging) {
+    log.logError("imperfect conversion in convertToUnicodeHCVar");
+  }
+  return true;
+}
+
+}  // namespace
+
+bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* in,
+                                         unsigned int inLen, DataBuffer& out, LogBase& log) {
+  if (!in || inLen == 0) return true;
+  const LogContextExitor context(log, "convertToUnicodeHC", log.m_verboseLogging);
+  if (log.m_verboseLogging) {
+    log.LogDataLong("fromCodePage", fromCodePage);
+    log.LogDataLong("inDataLen", static_cast<long>(inLen));
+  }
+  if (!ensureHashToUnicode(fromCodePage, log)) {
+    if (log.m_verboseLogging) log.logError("ensureHashToUnicode failed.");
+    return false;
+  }
+  const ToUnicodeTable* table =
+      isRouted(fromCodePage) ? tableRegistry::toUnicode(fromCodePage) : nullptr;
+  if (!table) return false;
+  if (table->lookup) return convertToUnicodeByLookup(*table->lookup, in, inLen, out, log);
+  return decodeText(*this, IndexedTable{*table->hash, *table->index}, in, inLen, out, log);
+}
+
+bool EncodingConvert::convertToUnicodeByLookup(UnicodeLookup& lookup, const unsigned char* in,
+                                               unsigned int inLen, DataBuffer& out, LogBase& log) {
+  if (!in || inLen == 0) return true;
+  const LogContextExitor context(log, "convertToUnicodeByLookup", log.m_verboseLogging);
+  const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
+    return decodeSingleBytes(lookup, from, stop, room);
+  };
+  const unsigned char* end = in + inLen;
+  for (;;) {
+    in = runInBlocks(loop, in, end, 4, out);
+    if (!in) return false;
+    if (in == end) return true;
+    m_hadError = true;
+    if (m_errorAction != 0) handleErrorFromSingleByte(in, out, log);
+    ++in;
+  }
+}
+
+bool EncodingConvert::convertToUnicodeHCVar(HashConvert* hc, const unsigned char* in,
+                                            unsigned int inLen, DataBuffer& out, LogBase& log) {
+  if (!hc) {
+    log.logError("convertToUnicodeHCVar: missing hc");
+    return false;
+  }
+  if (!in || inLen == 0) return true;
+  return decodeText(*this, ProbedTable{*hc}, in, inLen, out, log);
+}
+
+}  // namespace quorvel

@@ -1,0 +1,138 @@
+#include "quorvel/support/TableRegistry.h"
+
+#include <atomic>
+#include <new>
+
+#include "quorvel/base/StringBuffer.h"
+#include "quorvel/support/CodePages.h"
+#include "quorvel/support/EncodingConvert.h"
+
+namespace quorvel::tableRegistry {
+
+namespace {
+
+// One slot for each code page and direction, in the order of the code pages. A
+// slot goes from null to published once and back only through `release`.
+std::atomic<const ToUnicodeTable*> toUnicodeSlots[codePageCount];
+std::atomic<const FromUnicodeTable*> fromUnicodeSlots[codePageCount];
+
+constexpr int singleByteBuckets = 269;
+constexpr int transientBuckets = 283;  // of the table that a lookup is made from
+
+// The index of the page that owns the tables of `codePage`; `codePageCount`
+// when that has none.
+unsigned int ownerOf(int codePage) {
+  unsigned int index = indexOfCodePage(codePage);
+  if (index == codePageCount || !codePageAt(index).hasTable()) return codePageCount;
+  if (const int other = codePageAt(index).table.sharedWith) index = indexOfCodePage(other);
+  return index;
+}
+
+// The first to publish wins; any later one's table is freed.
+template <typename Table>
+void publish(std::atomic<const Table*>& slot, std::unique_ptr<Table> table) {
+  const Table* none = nullptr;
+  if (slot.compare_exchange_strong(none, table.get(), std::memory_order_acq_rel)) table.release();
+}
+
+template <typename Table>
+void releaseSlot(std::atomic<const Table*>& slot) {
+  delete slot.exchange(nullptr, std::memory_order_acq_rel);
+}
+
+std::unique_ptr<HashConvert> buildTable(int codePage, const TableSource& source, int buckets,
+                                        bool fromUnicode, LogBase& log) {
+  std::unique_ptr<HashConvert> table(HashConvert::createNewObject(codePage));
+  if (!table || !table->hcInitialize(buckets)) return nullptr;
+  if (source.packed) {
+    EncodingConvert::buildHash(source.packed, *table, fromUnicode, log);
+    return table;
+  }
+  StringBuffer text;
+  source.assemble(text);
+  EncodingConvert::buildHash(text.getString(), *table, fromUnicode, log);
+  if (source.changes) EncodingConvert::buildHash(source.changes, *table, fromUnicode, log);
+  return table;
+}
+
+std::unique_ptr<FromUnicodeTable> buildFromUnicode(int codePage, const CodePage& owner,
+                                                   LogBase& log) {
+  std::unique_ptr<FromUnicodeTable> table(new (std::nothrow) FromUnicodeTable);
+  if (!table) return nullptr;
+  const int buckets =
+      owner.kind == CodePageKind::SingleByte ? singleByteBuckets : owner.table.buckets;
+  table->hash = buildTable(codePage, owner.table, buckets, true, log);
+  if (table->hash) table->index = TableIndex::ofUnits(*table->hash);
+  return table->index ? std::move(table) : nullptr;
+}
+
+std::unique_ptr<ToUnicodeTable> buildLookup(int codePage, const CodePage& owner, LogBase& log) {
+  std::unique_ptr<ToUnicodeTable> table(new (std::nothrow) ToUnicodeTable);
+  if (!table) return nullptr;
+  table->lookup.reset(UnicodeLookup::createNewObject());
+  const auto transient = buildTable(codePage, owner.table, transientBuckets, false, log);
+  if (!table->lookup || !transient) return nullptr;
+  EncodingConvert::buildSingleByteLookup(*transient, *table->lookup, log);
+  return table;
+}
+
+// A list of changes speaks of units only, so a page that has one is decoded by
+// the reverse of the table that it is encoded with.
+std::unique_ptr<HashConvert> reverseOf(int codePage, const CodePage& owner, LogBase& log) {
+  if (!ensureFromUnicode(codePage, log)) return nullptr;
+  std::unique_ptr<HashConvert> table(HashConvert::createNewObject(codePage));
+  if (!table || !table->hcInitialize(owner.table.buckets)) return nullptr;
+  fromUnicode(codePage)->hash->hcBuildReverse(*table, log);
+  return table;
+}
+
+std::unique_ptr<ToUnicodeTable> buildToUnicode(int codePage, const CodePage& owner, LogBase& log) {
+  if (owner.kind == CodePageKind::SingleByte) return buildLookup(codePage, owner, log);
+  std::unique_ptr<ToUnicodeTable> table(new (std::nothrow) ToUnicodeTable);
+  if (!table) return nullptr;
+  table->hash = owner.table.changes
+                    ? reverseOf(codePage, owner, log)
+                    : buildTable(codePage, owner.table, owner.table.buckets, false, log);
+  if (table->hash) table->index = TableIndex::ofPairs(*table->hash);
+  return table->index ? std::move(table) : nullptr;
+}
+
+template <typename Table, typename Build>
+bool ensure(int codePage, std::atomic<const Table*>* slots, const Build& build, LogBase& log) {
+  const unsigned int owner = ownerOf(codePage);
+  if (owner == codePageCount || slots[owner].load(std::memory_order_acquire)) return true;
+  auto table = build(codePage, codePageAt(owner), log);
+  if (!table) return false;
+  publish(slots[owner], std::move(table));
+  return true;
+}
+
+template <typename Table>
+const Table* published(int codePage, const std::atomic<const Table*>* slots) {
+  const unsigned int owner = ownerOf(codePage);
+  return owner == codePageCount ? nullptr : slots[owner].load(std::memory_order_acquire);
+}
+
+}  // namespace
+
+bool ensureToUnicode(int codePage, LogBase& log) {
+  return ensure(codePage, toUnicodeSlots, buildToUnicode, log);
+}
+
+bool ensureFromUnicode(int codePage, LogBase& log) {
+  return ensure(codePage, fromUnicodeSlots, buildFromUnicode, log);
+}
+
+const ToUnicodeTable* toUnicode(int codePage) { return published(codePage, toUnicodeSlots); }
+
+const FromUnicodeTable* fromUnicode(int codePage) { return published(codePage, fromUnicodeSlots); }
+
+void release() {
+  for (unsigned int i = 0; i < codePageCount; ++i) {
+    if (!codePageAt(i).table.isRouted) continue;
+    releaseSlot(fromUnicodeSlots[i]);
+    releaseSlot(toUnicodeSlots[i]);
+  }
+}
+
+}  // namespace quorvel::tableRegistry

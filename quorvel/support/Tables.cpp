@@ -1,0 +1,50 @@
+// The entry points by which the converter's own tables are made and released.
+
+#include "quorvel/base/Japanese.h"
+#include "quorvel/support/CodePages.h"
+#include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/TableRegistry.h"
+
+namespace quorvel {
+
+namespace {
+
+bool isWindows125x(int codePage) { return codePage >= 1250 && codePage <= 1258; }
+
+bool isIso8859(int codePage) { return codePage >= 28591 && codePage <= 28605; }
+
+// The from-Unicode tables are made by two operations, each by one of them.
+bool isInFirstHalf(int codePage) {
+  const unsigned int index = indexOfCodePage(codePage);
+  return isWindows125x(codePage) || isIso8859(codePage) || codePage == 37 || codePage == 437 ||
+         (index != codePageCount && codePageAt(index).kind == CodePageKind::MultiByte);
+}
+
+}  // namespace
+
+bool EncodingConvert::ensureHashToUnicode(int codePage, LogBase& log) {
+  return tableRegistry::ensureToUnicode(codePage, log);
+}
+
+bool EncodingConvert::ensureHashToUnicode1250(int codePage, LogBase& log) {
+  return !isWindows125x(codePage) || tableRegistry::ensureToUnicode(codePage, log);
+}
+
+bool EncodingConvert::ensureHashToUnicode8859(int codePage, LogBase& log) {
+  return !isIso8859(codePage) || tableRegistry::ensureToUnicode(codePage, log);
+}
+
+bool EncodingConvert::ensureHashFromUnicode(int codePage, LogBase& log) {
+  return tableRegistry::ensureFromUnicode(codePage, log);
+}
+
+bool EncodingConvert::ensureHashFromUnicode2(int codePage, LogBase& log) {
+  return isInFirstHalf(codePage) || tableRegistry::ensureFromUnicode(codePage, log);
+}
+
+void EncodingConvert::cleanupMemory() {
+  Japanese::releaseLastBlock();
+  tableRegistry::release();
+}
+
+}  // namespace quorvel
