@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <limits>
 #include <new>
 
 namespace quorvel {
@@ -25,7 +26,8 @@ HashConvert* HashConvert::createNewObject(int codePage) {
 HashConvert::~HashConvert() = default;
 
 bool HashConvert::hcInitialize(int numBuckets) {
-  if (numBuckets <= 0) return false;
+  constexpr std::size_t most = std::numeric_limits<std::size_t>::max() / slotLength;
+  if (numBuckets <= 0 || static_cast<std::size_t>(numBuckets) > most) return false;
   const auto count = static_cast<unsigned int>(numBuckets);
   m_storage.reset(new (std::nothrow) unsigned char[std::size_t{slotLength} * count]());
   if (!m_storage) return false;
@@ -86,13 +88,18 @@ void HashConvert::hcRemove(const unsigned char* key) {
 void HashConvert::hcBuildReverse(HashConvert& dest, LogBase& log) const {
   dest.m_direction = 2;
   dest.put_IsLowerAscii(get_IsLowerAscii());
-  forEachMapping([&](const unsigned char* key, const unsigned char* value, int valueLength) {
-    if (valueLength == 2) {
-      dest.hcInsert(value, key, lengthCodeToPair, log);
-    } else {
-      dest.m_byteToUnicode[value[0]] = numberOf(key);
-    }
-  });
+  // In the order of the units, so that the lowest of those that share a code is
+  // what the code decodes to, wherever the table keeps them.
+  for (unsigned int unit = 0; unit < 0x10000; ++unit) {
+    const unsigned char key[2] = {static_cast<unsigned char>(unit),
+                                  static_cast<unsigned char>(unit >> 8)};
+    unsigned char code[mostValueBytes];
+    int length = 0;
+    hcLookup(key, code, length);
+    if (length == 2) dest.hcInsert(code, key, lengthCodeToPair, log);
+    if (length != 1 || dest.m_byteToUnicode[code[0]] != 0) continue;
+    dest.m_byteToUnicode[code[0]] = static_cast<unsigned short>(unit);
+  }
 }
 
 bool HashConvert::isPresent(const unsigned char* key) const {

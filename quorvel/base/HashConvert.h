@@ -37,8 +37,11 @@ class QUORVEL_API HashConvert {
   /// its first mapping. Lack of memory is reported as an error line.
   void hcInsert(const unsigned char* key, const unsigned char* value, int lengthCode, LogBase& log);
 
+  /// The room that a look-up may need for a value.
+  static constexpr unsigned int mostValueBytes = 10;
+
   /// Looks a two-byte key up wherever it may be stored. On a hit the value is
-  /// copied to `out` (room for 10 bytes) and `outLen` becomes its length; on a
+  /// copied to `out` (room for `mostValueBytes`) and `outLen` becomes its length; on a
   /// miss neither is touched.
   virtual void hcLookup(const unsigned char* key, unsigned char* out, int& outLen) const;
 
@@ -47,7 +50,8 @@ class QUORVEL_API HashConvert {
 
   /// Makes `dest`, created and initialised, the to-Unicode counterpart of this
   /// from-Unicode table: two-byte codes become keys, one-byte codes entries of
-  /// `m_byteToUnicode`, and the lower-ASCII flag is handed over.
+  /// `m_byteToUnicode`, and the lower-ASCII flag is handed over. Of units that
+  /// share a code the lowest is what the code then maps to.
   void hcBuildReverse(HashConvert& dest, LogBase& log) const;
 
   /// Calls `visit(key, value, valueLength)` for every mapping, in no particular

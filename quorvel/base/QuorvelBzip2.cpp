@@ -24,10 +24,8 @@ struct Stream {
   }
 };
 
-unsigned int announcedLength(const unsigned char* header) {
-  unsigned int length = 0;
-  for (int i = 7; i >= 4; --i) length = length << 8 | header[i];
-  return length;
+bool hasHeader(const DataBuffer& in) {
+  return in.getSize() >= headerLength && std::equal(magic, magic + sizeof magic, in.getData2());
 }
 
 // Appends what one stream gives, `length` bytes exactly. Null when it did, else
@@ -63,13 +61,20 @@ const char* decompress(const unsigned char* in, unsigned int inLen, unsigned int
 
 }  // namespace
 
+unsigned int QuorvelBzip2::announcedLength(const DataBuffer& in) {
+  if (!hasHeader(in)) return 0;
+  const unsigned char* header = in.getData2();
+  unsigned int length = 0;
+  for (int i = 7; i >= 4; --i) length = length << 8 | header[i];
+  return length;
+}
+
 bool QuorvelBzip2::unBzipWithHeader(DataBuffer& in, DataBuffer& out, LogBase* log) {
   const unsigned char* data = in.getData2();
   const unsigned int sizeBefore = out.getSize();
   const char* fault = "no header of a compressed block";
-  if (in.getSize() >= headerLength && std::equal(magic, magic + sizeof magic, data)) {
-    fault =
-        decompress(data + headerLength, in.getSize() - headerLength, announcedLength(data), out);
+  if (hasHeader(in)) {
+    fault = decompress(data + headerLength, in.getSize() - headerLength, announcedLength(in), out);
   }
   if (!fault) return true;
   out.shorten(sizeBefore);

@@ -10,6 +10,10 @@ namespace quorvel {
 /// E1 A7 94 B3, then the uncompressed length, 32 bits, low byte first.
 class QUORVEL_API QuorvelBzip2 {
  public:
+  /// The uncompressed length that the header of `in` announces; 0 when `in` has
+  /// no such header.
+  static unsigned int announcedLength(const DataBuffer& in);
+
   /// Appends the decompressed bytes of `in` to `out`. Neither the header nor
   /// the stream is trusted: a wrong magic, a damaged or truncated stream, one
   /// that does not end the input or does not give exactly the announced length

@@ -37,6 +37,10 @@ constexpr bool isBigEndian(int codePage) {
          codePage == codePageUtf32beToo;
 }
 
+constexpr bool isWindows125x(int codePage) { return codePage >= 1250 && codePage <= 1258; }
+
+constexpr bool isIso8859(int codePage) { return codePage >= 28591 && codePage <= 28605; }
+
 constexpr bool isIso2022Jp(int codePage) {
   return codePage >= codePageIso2022JpFirst && codePage <= codePageIso2022JpLast;
 }

@@ -10,7 +10,7 @@ enum class CodePageKind { Unicode, Gsm, Iso2022, SingleByte, MultiByte };
 /// written with the words below.
 struct TableSource {
   const char* packed = nullptr;               ///< the packed text of a single-byte page
-  void (*assemble)(StringBuffer&) = nullptr;  ///< or what assembles that of a multibyte page
+  bool (*assemble)(StringBuffer&) = nullptr;  ///< or what assembles that of a multibyte page
   const char* changes = nullptr;              ///< a list of changes on top of it
   int buckets = 0;                            ///< slots of a multibyte page's tables
   int sharedWith = 0;                         ///< or the page whose tables this one uses
@@ -20,10 +20,10 @@ struct TableSource {
 constexpr TableSource noTable() { return {.isRouted = false}; }
 constexpr TableSource text(const char* packed) { return {.packed = packed}; }
 constexpr TableSource unrouted(const char* packed) { return {.packed = packed, .isRouted = false}; }
-constexpr TableSource pieces(void (*assemble)(StringBuffer&), int buckets) {
+constexpr TableSource pieces(bool (*assemble)(StringBuffer&), int buckets) {
   return {.assemble = assemble, .buckets = buckets};
 }
-constexpr TableSource amended(void (*assemble)(StringBuffer&), const char* changes, int buckets) {
+constexpr TableSource amended(bool (*assemble)(StringBuffer&), const char* changes, int buckets) {
   return {.assemble = assemble, .changes = changes, .buckets = buckets};
 }
 constexpr TableSource tableOf(int codePage) { return {.sharedWith = codePage}; }

@@ -190,8 +190,7 @@ bool toGsm(EncodingConvert& converter, const Source& source, DataBuffer& out, Lo
 }
 
 bool isAsciiSuperset(int codePage) {
-  return (codePage >= 28591 && codePage <= 28605) || codePage == codePageUtf8 ||
-         (codePage >= 1250 && codePage <= 1258);
+  return isIso8859(codePage) || codePage == codePageUtf8 || isWindows125x(codePage);
 }
 
 // US-ASCII is copied; to UTF-8, what is no ASCII goes, and with it all that is

@@ -22,17 +22,13 @@ constexpr unsigned int mostTableBytes = 1U << 20;
 // and every section that is still to come.
 constexpr unsigned char terminators[8] = {};
 
-unsigned int announcedLength(const unsigned char* header) {
-  return header[4] | header[5] << 8 | header[6] << 16 | static_cast<unsigned int>(header[7]) << 24;
-}
-
 bool unpack(const char* packed, DataBuffer& table) {
   DataBuffer decoded;
   if (!ContentCoding::decodeBase64ToDb(packed + 1, qvStrLen(packed + 1), decoded)) return false;
   if (packed[0] == 'x') {
     if (!table.append(decoded)) return false;
   } else {
-    if (decoded.getSize() < 8 || announcedLength(decoded.getData2()) > mostTableBytes) return false;
+    if (QuorvelBzip2::announcedLength(decoded) > mostTableBytes) return false;
     QuorvelBzip2().unBzipWithHeader(decoded, table, nullptr);
   }
   return table.getSize() && table.append(terminators, sizeof terminators);

@@ -117,7 +117,7 @@ Progress encodeOne(const Table& table, const unsigned char* in, unsigned char* o
     return {in + 2, out};
   }
   const int length = encodeUnit(table, in, out);
-  if (length > 0) return {in + 2, out + length};
+  if (length != 0) return {in + 2, out + std::max(length, 0)};
   if ((in[0] | in[1]) != 0) return {in, out};
   *out++ = 0;
   return {in + 2, out};

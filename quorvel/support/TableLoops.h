@@ -14,7 +14,7 @@ namespace quorvel {
 /// filled by hand too.
 struct ProbedTable {
   const HashConvert& hash;
-  static constexpr unsigned int mostBytes = 10;  ///< that one look-up may give
+  static constexpr unsigned int mostBytes = HashConvert::mostValueBytes;
 };
 
 /// A published table, read through its index.

@@ -49,7 +49,7 @@ std::unique_ptr<HashConvert> buildTable(int codePage, const TableSource& source,
     return table;
   }
   StringBuffer text;
-  source.assemble(text);
+  if (!source.assemble(text)) return nullptr;
   EncodingConvert::buildHash(text.getString(), *table, fromUnicode, log);
   if (source.changes) EncodingConvert::buildHash(source.changes, *table, fromUnicode, log);
   return table;

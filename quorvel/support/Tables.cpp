@@ -1,6 +1,7 @@
 // The entry points by which the converter's own tables are made and released.
 
 #include "quorvel/base/Japanese.h"
+#include "quorvel/support/CodePageNumbers.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/TableRegistry.h"
@@ -8,10 +9,6 @@
 namespace quorvel {
 
 namespace {
-
-bool isWindows125x(int codePage) { return codePage >= 1250 && codePage <= 1258; }
-
-bool isIso8859(int codePage) { return codePage >= 28591 && codePage <= 28605; }
 
 // The from-Unicode tables are made by two operations, each by one of them.
 bool isInFirstHalf(int codePage) {
