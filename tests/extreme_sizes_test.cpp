@@ -131,6 +131,7 @@ TEST_F(ExtremeSizesDeathTest, FailWithWhatWasWrittenWhereTheTextIsConvertedInPie
       {65001, 1200, false, true, true},   {65001, 12000, false, true, true},
       {65001, 65000, false, true, false}, {55000, 65001, false, true, true},
       {12000, 65001, false, true, true},  {65001, kNoTable, false, true, false},
+      {65001, 55000, false, true, true},  {55000, 1200, false, true, false},
   };
   EXPECT_EXIT(attemptAll(attempts, ""), testing::ExitedWithCode(0), "");
 }

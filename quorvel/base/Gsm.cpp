@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "quorvel/base/GsmText.h"
 #include "quorvel/base/Utf8Sequence.h"
 #include "quorvel/base/_qvUtf.h"
 
@@ -93,13 +94,13 @@ Septets septetsOf(char32_t character) {
 
 }  // namespace
 
-bool _qvUtf::gsm_to_utf8(const unsigned char* p, unsigned int n, DataBuffer& out, LogBase&) {
+GsmResult gsmToUtf8(const unsigned char* p, unsigned int n, DataBuffer& out) {
   constexpr unsigned int mostBytesPerSeptet = 3;
   bool isClean = true;
   while (n) {
     const unsigned int mostCharacters = std::min(n, bytesPerBlock);
     unsigned char* room = out.growBy(mostCharacters * mostBytesPerSeptet);
-    if (!room) return false;
+    if (!room) return GsmResult::outOfMemory;
     unsigned char* end = room;
     for (unsigned int i = 0; n && i < mostCharacters; ++i) {
       const Decoded decoded = decodeOne(p, n);
@@ -110,16 +111,16 @@ bool _qvUtf::gsm_to_utf8(const unsigned char* p, unsigned int n, DataBuffer& out
     }
     out.keepWritten(static_cast<unsigned int>(end - room));
   }
-  return isClean;
+  return isClean ? GsmResult::clean : GsmResult::lossy;
 }
 
-bool _qvUtf::utf8_to_gsm(const unsigned char* p, unsigned int n, DataBuffer& out, LogBase&) {
+GsmResult utf8ToGsm(const unsigned char* p, unsigned int n, DataBuffer& out) {
   constexpr unsigned int mostSeptets = 2;
   bool isClean = true;
   while (n) {
     const unsigned int mostCharacters = std::min(n, bytesPerBlock);
     unsigned char* room = out.growBy(mostCharacters * mostSeptets);
-    if (!room) return false;
+    if (!room) return GsmResult::outOfMemory;
     unsigned char* end = room;
     for (unsigned int i = 0; n && i < mostCharacters; ++i) {
       const Utf8Sequence sequence = decodeUtf8(p, n);
@@ -132,7 +133,15 @@ bool _qvUtf::utf8_to_gsm(const unsigned char* p, unsigned int n, DataBuffer& out
     }
     out.keepWritten(static_cast<unsigned int>(end - room));
   }
-  return isClean;
+  return isClean ? GsmResult::clean : GsmResult::lossy;
+}
+
+bool _qvUtf::gsm_to_utf8(const unsigned char* p, unsigned int n, DataBuffer& out, LogBase&) {
+  return gsmToUtf8(p, n, out) == GsmResult::clean;
+}
+
+bool _qvUtf::utf8_to_gsm(const unsigned char* p, unsigned int n, DataBuffer& out, LogBase&) {
+  return utf8ToGsm(p, n, out) == GsmResult::clean;
 }
 
 }  // namespace quorvel

@@ -11,6 +11,7 @@
 #include "quorvel/base/LogContextExitor.h"
 #include "quorvel/base/_qvUtf.h"
 #include "quorvel/base/qvHelpers.h"
+#include "quorvel/support/ByteOrder.h"
 #include "quorvel/support/CodePageNumbers.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/MacArabic.h"
@@ -97,27 +98,13 @@ bool toUtf32(EncodingConvert& converter, const Request& request, DataBuffer& out
   return _qvUtf::Utf8toUtf32(isBigEndian(request.toCodePage), utf8, out);
 }
 
-bool appendWithBytesSwapped(const DataBuffer& utf16, DataBuffer& out) {
-  const unsigned int length = utf16.getSize() & ~1U;
-  if (length == 0) return true;
-  unsigned char* room = out.growBy(length);
-  if (!room) return false;
-  const unsigned char* in = utf16.getData2();
-  for (unsigned int i = 0; i < length; i += 2) {
-    room[i] = in[i + 1];
-    room[i + 1] = in[i];
-  }
-  out.keepWritten(length);
-  return true;
-}
-
 // The pivot always gives the low byte first, whatever the host. What it gave is
 // kept even when it failed: only the error flag tells.
 bool toUtf16be(EncodingConvert& converter, const Request& request, DataBuffer& out, LogBase& log) {
   converter.m_toCodePage = codePageUtf16le;
   DataBuffer utf16;
   if (!convertVia(converter, codePageUtf16le, request, utf16, log)) converter.m_hadError = true;
-  return appendWithBytesSwapped(utf16, out);
+  return appendReversed(utf16.getData2(), utf16.getSize(), 2, out);
 }
 
 bool toIso2022Jp(EncodingConvert& converter, const Request& request, DataBuffer& out,

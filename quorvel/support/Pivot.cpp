@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <limits>
 
+#include "quorvel/base/GsmText.h"
 #include "quorvel/base/LogContextExitor.h"
 #include "quorvel/base/_qvUtf.h"
 #include "quorvel/base/qvHelpers.h"
+#include "quorvel/support/ByteOrder.h"
 #include "quorvel/support/CodePageNumbers.h"
 #include "quorvel/support/EncodingConvert.h"
 
@@ -74,18 +76,6 @@ void lend(const Source& source, DataBuffer& buffer) {
   buffer.borrowData(const_cast<unsigned char*>(source.data), source.numBytes);
 }
 
-// Appends the whole units of `unitLength` bytes, each with its bytes reversed.
-bool appendReversed(const Source& source, unsigned int unitLength, DataBuffer& out) {
-  const unsigned int length = source.numBytes - source.numBytes % unitLength;
-  unsigned char* room = out.growBy(length);
-  if (!room) return false;
-  for (unsigned int i = 0; i < length; i += unitLength) {
-    std::reverse_copy(source.data + i, source.data + i + unitLength, room + i);
-  }
-  out.keepWritten(length);
-  return true;
-}
-
 enum class Normalised { clean, illFormed, nothingLeft, outOfMemory };
 
 Normalised normaliseUtf7(Source& source) {
@@ -98,7 +88,8 @@ Normalised normaliseUtf7(Source& source) {
 
 Normalised normaliseUtf16be(Source& source) {
   if (source.numBytes < 2) return Normalised::nothingLeft;
-  if (!appendReversed(source, 2, source.normalised)) return Normalised::outOfMemory;
+  if (!appendReversed(source.data, source.numBytes, 2, source.normalised))
+    return Normalised::outOfMemory;
   source.useNormalised(codePageUtf16le);
   return Normalised::clean;
 }
@@ -111,7 +102,8 @@ Normalised normaliseUtf32(Source& source) {
     lend(source, littleEndian);
   } else {
     if (source.numBytes < 4) return Normalised::nothingLeft;
-    if (!appendReversed(source, 4, littleEndian)) return Normalised::outOfMemory;
+    if (!appendReversed(source.data, source.numBytes, 4, littleEndian))
+      return Normalised::outOfMemory;
   }
   const bool isClean = _qvUtf::Utf32ToUtf8(littleEndian, source.normalised);
   source.useNormalised(codePageUtf8);
@@ -127,7 +119,9 @@ Normalised normalise(Source& source) {
   return Normalised::clean;
 }
 
-// Room for `numBytes * times / 2 + extra` bytes, as far as a buffer can have it.
+// Room for `numBytes * halves / 2 + extra` bytes, as far as a buffer can have
+// it. Most routes go on without: the room is more than most texts need, and the
+// loops ask for what is missing.
 bool reserve(DataBuffer& buffer, unsigned int numBytes, unsigned int halves, unsigned int extra) {
   constexpr unsigned long long most = std::numeric_limits<unsigned int>::max();
   const unsigned long long wanted = 1ULL * numBytes * halves / 2 + extra;
@@ -167,26 +161,24 @@ void logStep(LogBase& log, const char* text) {
 bool fromGsm(EncodingConvert& converter, int toCodePage, const Source& source, DataBuffer& out,
              LogBase& log) {
   if (toCodePage == codePageUtf8) {
-    return _qvUtf::gsm_to_utf8(source.data, source.numBytes, out, log);
+    return gsmToUtf8(source.data, source.numBytes, out) == GsmResult::clean;
   }
   DataBuffer utf8;
-  _qvUtf::gsm_to_utf8(source.data, source.numBytes, utf8, log);
+  if (gsmToUtf8(source.data, source.numBytes, utf8) == GsmResult::outOfMemory) return false;
   return converter.convert_a(codePageUtf8, toCodePage, utf8.getData2(), utf8.getSize(), out, log);
 }
 
 // Characters that the alphabet lacks do not make a conversion to GSM fail.
 bool toGsm(EncodingConvert& converter, const Source& source, DataBuffer& out, LogBase& log) {
   if (source.codePage == codePageUtf8) {
-    _qvUtf::utf8_to_gsm(source.data, source.numBytes, out, log);
-    return true;
+    return utf8ToGsm(source.data, source.numBytes, out) != GsmResult::outOfMemory;
   }
   DataBuffer utf8;
   if (!converter.convert_a(source.codePage, codePageUtf8, source.data, source.numBytes, utf8,
                            log)) {
     return false;
   }
-  _qvUtf::utf8_to_gsm(utf8.getData2(), utf8.getSize(), out, log);
-  return true;
+  return utf8ToGsm(utf8.getData2(), utf8.getSize(), out) != GsmResult::outOfMemory;
 }
 
 bool isAsciiSuperset(int codePage) {
