@@ -14,14 +14,17 @@ namespace quorvel {
 /// Encodings are named by Windows-style code page numbers (1252, 932, 1200 for
 /// UTF-16LE, 65001 for UTF-8) or by charset names. Every conversion appends to
 /// `out`, never clears it, reports into `log`, and returns true on success;
-/// afterwards `m_hadError` tells whether anything was substituted or dropped.
+/// afterwards `m_hadError` tells whether the error policy had to act. The input
+/// must not lie in `out`, whose storage moves as it grows.
 ///
 /// An object is cheap, holds only its caller's settings and serves any number
 /// of conversions, one thread at a time; any number of objects may convert at
 /// once.
 ///
-/// Nothing here throws by itself. When memory runs out a conversion returns
-/// false at once and what it had appended stays.
+/// Nothing here throws by itself; what a log throws passes through. When memory
+/// runs out a conversion returns false at once and what it had appended stays.
+/// Three small things go without a word then: a copy between equal code pages,
+/// a byte-order mark, and what an error action writes at the very end.
 class QUORVEL_API EncodingConvert {
  public:
   EncodingConvert() = default;
@@ -60,7 +63,7 @@ class QUORVEL_API EncodingConvert {
   /// Converts `numBytes` bytes at `data`. A code page of 0 means that of the
   /// other side; equal code pages copy; numbers below 100 other than 37 are
   /// refused. Input of 7 bytes or more that begins with "%PDF-1" is copied
-  /// whatever the code pages.
+  /// whatever the code pages. ISO-2022 text of 2 GiB or more is refused.
   bool EncConvert(int fromCodePage, int toCodePage, const unsigned char* data,
                   unsigned int numBytes, DataBuffer& out, LogBase& log);
 
@@ -195,7 +198,8 @@ class QUORVEL_API EncodingConvert {
 
   /// Carries out the error action for the UTF-8 sequence at `p`, as long as
   /// its lead byte announces and `numBytesLeft` allows. Returns that length,
-  /// the number of bytes to skip; 0, and nothing done, when there is none.
+  /// the number of bytes to skip. For a null pointer or a `numBytesLeft` of 0
+  /// nothing is done and the result is 0.
   int handleErrorFromUtf8(const unsigned char* p, int numBytesLeft, DataBuffer& out, LogBase& log);
 
   /// Carries out the error action for the multibyte sequence at `p`: two bytes
@@ -223,7 +227,10 @@ class QUORVEL_API EncodingConvert {
   /// action 6 is not carried out for single-byte, UTF-8 and unknown sources.
   bool m_honorPassthroughMarkers = false;
 
-  /// Whether the last conversion substituted, dropped or failed at anything.
+  /// Whether in the last conversion anything had no mapping or was ill-formed,
+  /// or, once its code pages were accepted, it failed. What a route drops by
+  /// design (U+0000 on the way to UTF-8, half a unit at the end) does not
+  /// count. After error action 6 it tells of the nested conversion.
   bool m_hadError = false;
 };
 
