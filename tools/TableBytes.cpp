@@ -43,7 +43,7 @@ void orderSingleByte(Records& records) {
   sortByUnit(records);
   const std::set<unsigned int> mapped = codesOf(records, false);
   std::stable_partition(records.begin(), records.end(), [&](const Record& record) {
-    return record.isBestFit && mapped.count(record.code);
+    return record.isBestFit && mapped.contains(record.code);
   });
 }
 
@@ -55,7 +55,7 @@ void orderDoubleByte(Records& records) {
   const auto firstBestFit = std::find_if(records.begin(), records.end(),
                                          [](const Record& record) { return record.isBestFit; });
   std::stable_partition(firstBestFit, records.end(), [&](const Record& record) {
-    return !record.isBestFit && fitted.count(record.code);
+    return !record.isBestFit && fitted.contains(record.code);
   });
 }
 

@@ -59,10 +59,11 @@ std::string tablesHeader(const std::vector<PackedTable>& tables) {
       "#pragma once\n\n"
       "#include \"quorvel/base/StringBuffer.h\"\n\n"
       "// The packed tables, made from codepages/ by pack_codepages. A function appends\n"
-      "// the text to a buffer and returns false when memory runs out.\n\n"
+      "// the text to a buffer and returns false when memory runs out.\n"
+      "// NOLINTBEGIN(bugprone-reserved-identifier)\n\n"
       "namespace quorvel {\n\n";
   for (const PackedTable& table : tables) text += declaration(table);
-  return text + "\n}  // namespace quorvel\n";
+  return text + "\n}  // namespace quorvel\n\n// NOLINTEND(bugprone-reserved-identifier)\n";
 }
 
 std::string tablesSource(const std::vector<PackedTable>& tables) {

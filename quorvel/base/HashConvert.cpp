@@ -91,12 +91,12 @@ void HashConvert::hcBuildReverse(HashConvert& dest, LogBase& log) const {
   // In the order of the units, so that the lowest of those that share a code is
   // what the code decodes to, wherever the table keeps them.
   for (unsigned int unit = 0; unit < 0x10000; ++unit) {
-    const unsigned char key[2] = {static_cast<unsigned char>(unit),
-                                  static_cast<unsigned char>(unit >> 8)};
+    const unsigned char text[2] = {static_cast<unsigned char>(unit),
+                                   static_cast<unsigned char>(unit >> 8)};
     unsigned char code[mostValueBytes];
     int length = 0;
-    hcLookup(key, code, length);
-    if (length == 2) dest.hcInsert(code, key, lengthCodeToPair, log);
+    hcLookup(text, code, length);
+    if (length == 2) dest.hcInsert(code, text, lengthCodeToPair, log);
     if (length != 1 || dest.m_byteToUnicode[code[0]] != 0) continue;
     dest.m_byteToUnicode[code[0]] = static_cast<unsigned short>(unit);
   }

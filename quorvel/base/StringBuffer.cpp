@@ -10,11 +10,14 @@ bool StringBuffer::appendN(const char* text, unsigned int count) {
   if (count == 0) return true;
   const unsigned int length = m_text.getSize();
   if (!m_text.append(text, count)) return false;
-  // The NUL stands behind the content, where the next text overwrites it. If
-  // it finds no room, the text goes again, and leaves room enough.
-  const bool fits = m_text.growBy(1) != nullptr;
-  if (!fits) m_text.shorten(length);
-  *m_text.growBy(1) = '\0';
+  // The NUL stands behind the content, where the next text overwrites it.
+  unsigned char* end = m_text.growBy(1);
+  const bool fits = end != nullptr;
+  if (!fits) {
+    m_text.shorten(length);
+    end = m_text.growBy(1);  // where the text was
+  }
+  if (end) *end = '\0';
   return fits;
 }
 

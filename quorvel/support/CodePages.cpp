@@ -14,6 +14,8 @@ constexpr CodePage codePages[] = {
 #include "quorvel/base/CodePages.def"
 };
 
+static_assert(std::ranges::is_sorted(codePages, {}, &CodePage::number));
+
 }  // namespace
 
 const CodePage& codePageAt(unsigned int index) { return codePages[index]; }

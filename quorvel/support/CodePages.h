@@ -1,5 +1,7 @@
 #pragma once
 
+#include <iterator>
+
 #include "quorvel/base/StringBuffer.h"
 
 namespace quorvel {
@@ -39,10 +41,12 @@ struct CodePage {
   }
 };
 
-inline constexpr unsigned int codePageCount =
-#define QUORVEL_CODE_PAGE(number, kind, table, title, names) 1 +
+inline constexpr int codePageNumbers[] = {
+#define QUORVEL_CODE_PAGE(number, kind, table, title, names) (number),
 #include "quorvel/base/CodePages.def"
-    0;
+};
+
+inline constexpr unsigned int codePageCount = std::size(codePageNumbers);
 
 /// The code page at `index`, below `codePageCount`.
 const CodePage& codePageAt(unsigned int index);

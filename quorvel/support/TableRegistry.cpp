@@ -32,7 +32,8 @@ unsigned int ownerOf(int codePage) {
 template <typename Table>
 void publish(std::atomic<const Table*>& slot, std::unique_ptr<Table> table) {
   const Table* none = nullptr;
-  if (slot.compare_exchange_strong(none, table.get(), std::memory_order_acq_rel)) table.release();
+  const Table* mine = table.release();
+  if (!slot.compare_exchange_strong(none, mine, std::memory_order_acq_rel)) delete mine;
 }
 
 template <typename Table>
@@ -63,7 +64,8 @@ std::unique_ptr<FromUnicodeTable> buildFromUnicode(int codePage, const CodePage&
       owner.kind == CodePageKind::SingleByte ? singleByteBuckets : owner.table.buckets;
   table->hash = buildTable(codePage, owner.table, buckets, true, log);
   if (table->hash) table->index = TableIndex::ofUnits(*table->hash);
-  return table->index ? std::move(table) : nullptr;
+  if (!table->index) return nullptr;
+  return table;
 }
 
 std::unique_ptr<ToUnicodeTable> buildLookup(int codePage, const CodePage& owner, LogBase& log) {
@@ -94,7 +96,8 @@ std::unique_ptr<ToUnicodeTable> buildToUnicode(int codePage, const CodePage& own
                     ? reverseOf(codePage, owner, log)
                     : buildTable(codePage, owner.table, owner.table.buckets, false, log);
   if (table->hash) table->index = TableIndex::ofPairs(*table->hash);
-  return table->index ? std::move(table) : nullptr;
+  if (!table->index) return nullptr;
+  return table;
 }
 
 template <typename Table, typename Build>
