@@ -413,8 +413,16 @@ TEST(BrokenText, IsNotUnpackedBeyondWhatATableCanHold) {
   if (quorvel::test_memory::canLimitMemory) limit.emplace(std::size_t{24} << 20);
   for (unsigned int announced : {sizeOf(zeros), 16U, 0xFFFFFFFFU}) {
     const State state = built("c" + pack::encodeBase64(header(announced) + bomb), true);
-    EXPECT_EQ(state.mappings.size(), 0U);
+    EXPECT_EQ(state, kUntouched);
   }
+}
+
+TEST(BrokenText, LeavesTheTableUntouchedWhenItIsLongerThanAnyTable) {
+  Bytes table = bytes("61 75 80 AC 20 00 00 00");
+  table.resize((std::size_t{1} << 20) + 1);
+  expectUntouched(compressed(table));
+  table.pop_back();
+  EXPECT_EQ(built(compressed(table), true), (State{{{"AC 20", "80"}}, {}, true, 1, false}));
 }
 
 // Whether the list, less the marks before it, ends as such a list ends; then
