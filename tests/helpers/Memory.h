@@ -53,24 +53,33 @@ class Mapping {
   std::size_t m_size;
 };
 
-/// Places bytes so that the one behind the last of them cannot be read.
+/// Places bytes so that the one behind the last of them cannot be read, or the
+/// one before the first. The sanitizers do not see every access of vector code;
+/// the machine does.
 class GuardedBytes {
  public:
   explicit GuardedBytes(std::size_t most = 4096)
-      : m_readable((most + page() - 1) / page() * page()), m_mapping(m_readable + page()) {
-    if (mprotect(m_mapping.data(), m_readable, PROT_READ | PROT_WRITE) != 0)
+      : m_readable((most + page() - 1) / page() * page()), m_mapping(m_readable + 2 * page()) {
+    if (mprotect(start(), m_readable, PROT_READ | PROT_WRITE) != 0)
       throw std::runtime_error("mprotect");
   }
 
   unsigned char* place(std::string_view bytes) {
-    if (bytes.size() > m_readable) throw std::length_error("GuardedBytes");
-    unsigned char* start = m_mapping.data() + m_readable - bytes.size();
-    if (!bytes.empty()) std::memcpy(start, bytes.data(), bytes.size());
-    return start;
+    return copy(bytes, start() + m_readable - bytes.size());
   }
+
+  unsigned char* placeAtStart(std::string_view bytes) { return copy(bytes, start()); }
 
  private:
   static std::size_t page() { return static_cast<std::size_t>(sysconf(_SC_PAGESIZE)); }
+
+  unsigned char* start() const { return m_mapping.data() + page(); }
+
+  unsigned char* copy(std::string_view bytes, unsigned char* to) const {
+    if (bytes.size() > m_readable) throw std::length_error("GuardedBytes");
+    if (!bytes.empty()) std::memcpy(to, bytes.data(), bytes.size());
+    return to;
+  }
 
   std::size_t m_readable;
   Mapping m_mapping;
