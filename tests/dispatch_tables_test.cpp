@@ -5,23 +5,6 @@
 namespace {
 
 using namespace quorvel_test;
-using quorvel::EncodingConvert;
-
-// The byte 81 stands for nothing in 1252, U+3042 has no place there, and
-// U+00E9 none in 932.
-
-struct ActionRow {
-  EncodingConvert converter;
-  const char* name;
-  Outcome expected;
-};
-
-template <std::size_t n>
-void expectRows(const ActionRow (&rows)[n], int from, int to, std::string_view input) {
-  for (const ActionRow& row : rows) {
-    EXPECT_EQ(convert(EncodingConvert(row.converter), from, to, input), row.expected) << row.name;
-  }
-}
 
 TEST(TableSource, ConvertsToTheUnicodeForms) {
   EXPECT_EQ(convert(37, 65001, "C1 C2"), converts("'AB'"));
@@ -59,6 +42,7 @@ TEST(TableDestination, IsReachedFromAnotherTable) {
 
 TEST(MacArabicText, IsReorderedBeforeItIsDecoded) {
   EXPECT_EQ(convert(10004, 65001, "B1 B2 B3"), converts("'321'"));
+  EXPECT_EQ(convert(10004, 65001, "41 B1 42"), converts("'A1B'"));
   EXPECT_EQ(convert(10004, 1252, "'a' B1 'b' B2 B3"), converts("'a1b32'"));
   EXPECT_EQ(convert(10004, 1201, "B1 B2"), converts("00 32 00 31"));
   EXPECT_EQ(convert(10004, 65001, "'%PDF-1.' B1 B2"), converts("'%PDF-1.' B1 B2"));
@@ -75,98 +59,6 @@ TEST(Iso2022, ConvertsByWayOfItsTable) {
 TEST(ToIso2022, KeepsWhatAFailedConversionGave) {
   // U+AC00 has no Shift_JIS code and is dropped.
   EXPECT_EQ(convert(65001, 50220, "61 EA B0 80 62"), fails("'ab'"));
-}
-
-TEST(ToUtf8FromATable, ShowsMarkersAsCharacters) {
-  // The handlers write FD EF, the transcoder looks for EF FD.
-  const ActionRow rows[] = {
-      {withAction(0), "drop", convertsWithError("61 62")},
-      {withSubstitute("3F"), "substitute", convertsWithError("61 EE BF BD E3 BC 81 62")},
-      {withSubstitute(""), "substitute nothing", convertsWithError("61 62")},
-      {withAction(2), "hexadecimal", fails("61 EE BF BD E2 98 85 E7 A0 A3 E3 84 B8 E6 88 BB")},
-      {withAction(3), "3", convertsWithError("61 62")},
-      {withAlternate(0), "reconvert", convertsWithError("61 62")},
-      {withAlternate(1252), "reconvert to itself", fails("61 E6 8A 81")},
-      {withAction(7), "pass through", convertsWithError("61 EE BF BD E8 84 81 62")},
-      {withAction(8), "widen", convertsWithError("61 C2 81 62")},
-      {withAction(9), "9", convertsWithError("61 62")},
-  };
-  expectRows(rows, 1252, 65001, "61 81 62");
-}
-
-TEST(ToUtf16FromATable, WritesNoMarkers) {
-  const ActionRow rows[] = {
-      {withAction(0), "drop", convertsWithError("61 00 62 00")},
-      {withSubstitute("3F 00"), "substitute", convertsWithError("61 00 3F 00 62 00")},
-      {withAction(2), "hexadecimal", convertsWithError("61 00 '&#x81;' 62 00")},
-      {withAlternate(1252), "reconvert to itself", converts("61 00 81 62 00")},
-      {withAction(7), "pass through", convertsWithError("61 00 81 62 00")},
-      {withAction(8), "widen", convertsWithError("61 00 81 00 62 00")},
-  };
-  expectRows(rows, 1252, 1200, "61 81 62");
-}
-
-TEST(ToATableFromUtf8, CarriesIllFormedTextThroughThePivot) {
-  const ActionRow rows[] = {
-      {withAction(0), "drop", convertsWithError("61 62")},
-      {withSubstitute("3F"), "substitute", convertsWithError("61 3F 62")},
-      // Five bytes are announced, six were written: the rest is read as text.
-      {withAction(2), "hexadecimal", fails("'a&#x80&#xE688BB;'")},
-      {withAction(3), "3", convertsWithError("61 62")},
-      {withAlternate(0), "reconvert", convertsWithError("61 62")},
-      {withAlternate(65001), "reconvert to itself", fails("61 E6 8A 80")},
-      {withAction(7), "pass through", convertsWithError("61 80 62")},
-      {withAction(8), "8", convertsWithError("61 62")},
-  };
-  expectRows(rows, 65001, 1252, "61 80 62");
-}
-
-TEST(ToATableFromUtf8, HandlesWhatHasNoPlaceThere) {
-  const ActionRow rows[] = {
-      {withAction(0), "drop", fails("61 62")},
-      {withSubstitute("3F"), "substitute", fails("61 3F 3F 62")},
-      {withSubstitute(""), "substitute nothing", fails("61 62")},
-      // The nested conversion of the first clears the flags for the second.
-      {withAction(2), "hexadecimal", fails("'a&#xE38182;&#x4230;b'")},
-      {withAction(3), "3", fails("61 62")},
-      {withAlternate(0), "reconvert", fails("61 62")},
-      {withAlternate(65001), "reconvert to the source", fails("61 E3 81 82 E3 81 82 62")},
-      {withAction(7), "pass through", fails("61 E3 81 82 42 30 62")},
-      {withAction(8), "8", fails("61 62")},
-  };
-  expectRows(rows, 65001, 1252, "61 E3 81 82 E3 81 82 62");
-}
-
-TEST(ToATableFromUtf16, HandlesWhatHasNoPlaceThere) {
-  const ActionRow rows[] = {
-      {withAction(0), "drop", fails("61 62")},
-      {withSubstitute("3F"), "substitute", fails("61 3F 62")},
-      {withAction(2), "hexadecimal", fails("'a&#x4230;b'")},
-      {withAlternate(65001), "reconvert", fails("61 E3 81 82 62")},
-      {withAction(7), "pass through", fails("61 42 30 62")},
-      {withAction(8), "8", fails("61 62")},
-  };
-  expectRows(rows, 1200, 1252, "61 00 42 30 62 00");
-}
-
-TEST(ToATableFromATable, HandlesWhatHasNoPlaceThere) {
-  const ActionRow rows[] = {
-      {withAction(0), "drop", fails("61 62")},
-      {withSubstitute("3F"), "substitute", fails("61 3F 3F 62")},
-      {withAction(2), "hexadecimal", fails("'a&#xE9;&#xE900;b'")},
-      {withAction(7), "pass through", fails("61 E9 E9 00 62")},
-      {withAction(8), "8", fails("61 62")},
-  };
-  expectRows(rows, 1252, 932, "61 E9 E9 62");
-}
-
-TEST(ToATableFromATable, CarriesUndecodableBytesThroughThePivot) {
-  const ActionRow rows[] = {
-      {withAction(0), "drop", convertsWithError("61 62")},
-      {withSubstitute("3F"), "substitute", convertsWithError("61 3F 62")},
-      {withAction(7), "pass through", convertsWithError("61 81 62")},
-  };
-  expectRows(rows, 1252, 437, "61 81 62");
 }
 
 TEST(Preamble, StandsBeforeTextFromATable) {

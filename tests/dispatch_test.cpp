@@ -320,6 +320,17 @@ TEST(ToUtf32, ReplacesIllFormedUtf8WhateverTheErrorAction) {
   }
 }
 
+TEST(ToUtf32, DropsAnOddByteBehindAMarkOfTheOtherOrder) {
+  // With the low byte first it fails, as below.
+  EXPECT_EQ(convert(1200, 12000, "FE FF 00 61 00", "'x'"), converts("'x' 61 00 00 00"));
+  EXPECT_EQ(convert(1201, 12001, "00 61 00", "'x'"), converts("'x' 00 00 00 61"));
+}
+
+TEST(ToUtf32, KeepsTheMarkThatUtf7Encodes) {
+  // UTF-7 is no UTF-16 where marks are looked for, and nobody looks again.
+  EXPECT_EQ(convert(65000, 12000, "'+/v8-a'"), converts("FF FE 00 00 61 00 00 00"));
+}
+
 TEST(ToUtf32, FailsWithNothingWrittenWhereTheWayToUtf8Does) {
   EXPECT_EQ(convert(kNoTable, 12000, "61", "'x'"), fails("'x'"));
   EXPECT_EQ(convert(1200, 12000, "61 00 62", "'x'"), fails("'x'"));
@@ -398,7 +409,7 @@ TEST(ToIso2022Japanese, WrapsShiftJis) {
   }
 }
 
-TEST(ToIso2022Japanese, FailsWithNothingWrittenWherePivotDoes) {
+TEST(ToIso2022Japanese, FailsWithNothingWrittenWhereThePivotDoes) {
   for (int to : {50220, 50221, 50222}) {
     EXPECT_EQ(convert(kNoTable, to, "61", "'x'"), fails("'x'"));
   }

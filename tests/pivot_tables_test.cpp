@@ -13,32 +13,28 @@ using quorvel::DataBuffer;
 using quorvel::EncodingConvert;
 using quorvel::LogBase;
 
-Lines linesOf(bool verbose, EncodingConvert converter, int from, int to, std::string_view input,
-              std::string_view before = "") {
+Lines linesOf(bool verbose, EncodingConvert converter, int from, int to, std::string_view input) {
   RecordingLog log(verbose);
-  run(&EncodingConvert::convert_a, converter, from, to, bytes(input), log, before);
+  run(&EncodingConvert::convert_a, converter, from, to, bytes(input), log, "");
   return log.linesOutsideTableDrivers();
 }
 
-TEST(PivotToUtf8, ReportsTheSizesOnTheWayWhenVerbose) {
+// The size at the end is that of the whole output, with what it held before.
+TEST(PivotToUtf8, LogsInThisOrderWhenVerbose) {
+  RecordingLog log(true);
+  EncodingConvert converter;
+  run(&EncodingConvert::convert_a, converter, 1252, 65001, bytes("61 E9"), log, "'>>>'");
   EXPECT_EQ(
-      linesOf(true, EncodingConvert(), 1252, 65001, "61 E9"),
+      log.lines,
       (Lines{"open convert_a verbose=1",
-             "info: Converting to utf-8 using utf-16 as a pivot table...", "long szUtf16_inBytes=4",
-             "open convertFromUnicode verbose=1", "close", "long szResult_inBytes=3", "close"}));
-}
-
-TEST(PivotToUtf8, CountsWhatTheOutputHeldBefore) {
-  EXPECT_EQ(
-      linesOf(true, EncodingConvert(), 1252, 65001, "E9", "'>>>'"),
-      (Lines{"open convert_a verbose=1",
-             "info: Converting to utf-8 using utf-16 as a pivot table...", "long szUtf16_inBytes=2",
-             "open convertFromUnicode verbose=1", "close", "long szResult_inBytes=5", "close"}));
+             "info: Converting to utf-8 using utf-16 as a pivot table...",
+             "open convertToUnicodeHC verbose=1", "long fromCodePage=1252", "long inDataLen=2",
+             "open convertToUnicodeByLookup verbose=1", "close", "close", "long szUtf16_inBytes=4",
+             "open convertFromUnicode verbose=1", "close", "long szResult_inBytes=6", "close"}));
 }
 
 TEST(PivotToUtf8, ReportsAFailedSecondHalfAndTheSizeAllTheSame) {
   // The reference leaves an odd number of bytes in the pivot.
-  EXPECT_EQ(linesOf(true, withAction(2), 1252, 65001, "61 81 62").back(), "close");
   const Lines lines = linesOf(true, withAction(2), 1252, 65001, "61 81 62");
   EXPECT_EQ(lines,
             (Lines{"open convert_a verbose=1",
@@ -76,6 +72,39 @@ TEST(PivotsWithTables, NameTheirRoutesWhenVerbose) {
             (Lines{"open convert_a verbose=1", "close"}));
 }
 
+/// A sink that notes which marker flags are set as each context opens.
+class FlagLog : public RecordingLog {
+ public:
+  explicit FlagLog(const EncodingConvert& converter) : m_converter(converter) {}
+
+  void openContext(const char* name, bool verbose) override {
+    RecordingLog::openContext(name, verbose);
+    lines.back() = std::string(name) + (m_converter.m_emitPassthroughMarkers ? " emits" : "") +
+                   (m_converter.m_honorPassthroughMarkers ? " honors" : "");
+  }
+
+ private:
+  const EncodingConvert& m_converter;
+};
+
+Lines flagsDuring(int from, int to, std::string_view input) {
+  EncodingConvert converter;
+  FlagLog log(converter);
+  run(&EncodingConvert::convert_a, converter, from, to, bytes(input), log, "");
+  return log.lines;
+}
+
+TEST(PivotsWithTables, EmitMarkersInTheFirstHalfAndHonourThemInTheSecond) {
+  EXPECT_EQ(flagsDuring(65001, 1252, "C3 A9"),
+            (Lines{"convert_a", "cv_utf8_to_utf16 emits", "close", "convertFromUnicodeHC honors",
+                   "close", "close"}));
+  EXPECT_EQ(flagsDuring(1252, 65001, "E9"),
+            (Lines{"convert_a", "convertToUnicodeHC emits", "convertToUnicodeByLookup emits",
+                   "close", "close", "convertFromUnicode honors", "close", "close"}));
+  EXPECT_EQ(flagsDuring(932, 1252, "61"), (Lines{"convert_a", "convertToUnicodeHC emits", "close",
+                                                 "convertFromUnicodeHC honors", "close", "close"}));
+}
+
 TEST(PivotsWithTables, ClearTheMarkerFlags) {
   const struct {
     int from;
@@ -103,6 +132,53 @@ TEST(PivotsWithTables, EncodeUtf32ByWayOfUtf8) {
   EXPECT_EQ(pivot(12000, 1252, "E9 00 00 00"), converts("E9"));
   EXPECT_EQ(pivot(12001, 1252, "00 00 00 E9 00"), converts("E9"));
   EXPECT_EQ(pivot(12000, 1252, "E9 00 00 00 00"), failsQuietly("E9"));
+}
+
+TEST(ASinkThatThrows, FindsTheSettingsOfANestedConversionTakenBack) {
+  // Every handler, the ill-formed or unmapped text in the middle.
+  const struct {
+    int from;
+    int to;
+    int alternate;
+    const char* input;
+  } rows[] = {{1252, 1200, 65001, "61 81 62"},
+              {936, 1200, 65001, "61 81 20 62"},
+              {65001, 1200, 1252, "61 80 62"},
+              {65001, 1252, 65001, "61 E3 81 82 62"},
+              {1200, 1252, 65001, "61 00 42 30 62 00"}};
+  for (const auto& row : rows) {
+    expectBalanceWhereverTheSinkThrows(true, [&row](LogBase& log) {
+      EncodingConvert converter = withAlternate(row.alternate);
+      converter.m_fromCodePage = row.from;
+      converter.m_toCodePage = row.to;
+      const Bytes data = bytes(row.input);
+      DataBuffer out;
+      try {
+        converter.EncConvert(row.from, row.to, data.data(), sizeOf(data), out, log);
+      } catch (const SinkFailure& failure) {
+        EXPECT_EQ(converter.m_errorAction, 6) << row.from << ", call " << failure.call;
+        EXPECT_EQ(converter.m_fromCodePage, row.from) << "call " << failure.call;
+        EXPECT_EQ(converter.m_toCodePage, row.to) << "call " << failure.call;
+        throw;
+      }
+    });
+  }
+}
+
+TEST(ASinkThatThrows, FindsTheSettingsOfAStepBackToTheSourceTakenBack) {
+  for (int action : {2, 7}) {
+    expectBalanceWhereverTheSinkThrows(true, [action](LogBase& log) {
+      EncodingConvert converter = withAction(action);
+      const Bytes data = bytes("61 E3 81 82 62");
+      DataBuffer out;
+      try {
+        converter.EncConvert(65001, 1252, data.data(), sizeOf(data), out, log);
+      } catch (const SinkFailure& failure) {
+        EXPECT_EQ(converter.m_errorAction, action) << "call " << failure.call;
+        throw;
+      }
+    });
+  }
 }
 
 TEST(ASinkThatThrows, FindsTheContextsOfTheTableDriversClosedToo) {

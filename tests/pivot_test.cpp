@@ -202,6 +202,7 @@ TEST(GsmDestination, IsReachedByWayOfUtf8) {
       {65001, 55000, "40 C3 A9 E2 82 AC 61", converts("00 05 1B 65 61")},
       {1200, 55000, "E9 00 AC 20", converts("05 1B 65")},
       {1201, 55000, "00 E9 20 AC", converts("05 1B 65")},
+      {1201, 55000, "00 61 00", converts("61")},
       {12000, 55000, "AC 20 00 00", converts("1B 65")},
       {12001, 55000, "00 00 20 AC", converts("1B 65")},
       {65000, 55000, "'+IKw-b'", converts("1B 65 62")},
