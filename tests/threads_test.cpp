@@ -10,6 +10,7 @@
 
 #include "quorvel/base/CharsetNaming.h"
 #include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/TableRegistry.h"
 #include "tests/reference/Converter.h"
 #include "tests/support/Conversion.h"
 
@@ -131,6 +132,31 @@ TEST(Threads, BuildAFewPagesAgainAndAgain) {
                    return countDifferences(samples, first, thread % 2 == 0);
                  }),
             0U);
+}
+
+// The first table that is published stays; whoever comes later drops its own.
+TEST(Threads, AllGetTheOneTableThatWasPublishedFirst) {
+  constexpr int rounds = 40;
+  constexpr std::size_t threadCount = 16;
+  struct Seen {
+    const quorvel::ToUnicodeTable* toUnicode;
+    const quorvel::FromUnicodeTable* fromUnicode;
+    bool operator==(const Seen& other) const = default;
+  };
+  std::vector<Seen> seen(rounds * threadCount);
+  race(threadCount, rounds, [&](std::size_t thread, int round) {
+    NullLog log;
+    EncodingConvert::ensureHashToUnicode(949, log);
+    EncodingConvert::ensureHashFromUnicode(1252, log);
+    seen[static_cast<std::size_t>(round) * threadCount + thread] = {
+        quorvel::tableRegistry::toUnicode(949), quorvel::tableRegistry::fromUnicode(1252)};
+    return 0U;
+  });
+  for (std::size_t i = 0; i < seen.size(); ++i) {
+    const Seen& first = seen[i / threadCount * threadCount];
+    EXPECT_TRUE(first.toUnicode && first.fromUnicode);
+    EXPECT_TRUE(seen[i] == first) << "round " << i / threadCount << ", thread " << i % threadCount;
+  }
 }
 
 // The pages whose tables depend on each other or are shared.
