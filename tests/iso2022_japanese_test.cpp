@@ -343,4 +343,62 @@ TEST(Iso2022JpLastBlock, IsSharedByThreadsThatUseItFirstTogether) {
   }
 }
 
+// --- What was lost ----------------------------------------------------------
+
+bool tellsError(Conversion conversion, std::string_view in) {
+  DataBuffer out;
+  quorvel::NullLog log;
+  Japanese japanese;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(in.data());
+  EXPECT_TRUE((japanese.*conversion)(bytes, static_cast<int>(in.size()), out, log));
+  return japanese.m_hadError;
+}
+
+bool readingTells(std::string_view in) { return tellsError(&Japanese::Iso2022ToShiftJis, in); }
+bool writingTells(std::string_view in) { return tellsError(&Japanese::ShiftJisToIso2022, in); }
+
+TEST(Iso2022JpErrors, TellsWhatReadingDrops) {
+  EXPECT_TRUE(readingTells("\x1B$B\x24"));
+  EXPECT_TRUE(readingTells("\x1B$B\x24\n"));
+  EXPECT_TRUE(readingTells("\x1B$B\xA4\x22"));
+  EXPECT_TRUE(readingTells("\x0E\x80"));
+}
+
+TEST(Iso2022JpErrors, TellsOfASetThatIsNotKnown) {
+  EXPECT_TRUE(readingTells("\x1B$(D\x30\x21\x1B(B"));
+  EXPECT_TRUE(readingTells("\x1B.A"));
+}
+
+TEST(Iso2022JpErrors, TellsNothingOfTextThatIsReadWhole) {
+  EXPECT_FALSE(readingTells(""));
+  EXPECT_FALSE(readingTells("a\x1B$B\x24\x22 \x22\x2E\n\x1B(I\x31\x1B(Jz\x0E\x31\x0F"));
+  EXPECT_FALSE(readingTells("\x1B[31mred\x1B[0m \x82\xA0"));
+}
+
+TEST(Iso2022JpErrors, TellsWhatWritingReplacesOrDrops) {
+  EXPECT_TRUE(writingTells("\x82"));
+  EXPECT_TRUE(writingTells("\x82\x20"));
+  EXPECT_TRUE(writingTells("\xA0"));
+  EXPECT_TRUE(writingTells("\xF0\x40"));
+  EXPECT_TRUE(writingTells("a\x0E"));
+  EXPECT_TRUE(writingTells("a\x0F"));
+  EXPECT_TRUE(writingTells("a\x1B"));
+}
+
+TEST(Iso2022JpErrors, TellsNothingOfTextThatIsWrittenWhole) {
+  EXPECT_FALSE(writingTells(""));
+  EXPECT_FALSE(writingTells("a\x82\xA0\x81\xAC\xB1\xFA\x5C\xED\x40\r\n"));
+}
+
+TEST(Iso2022JpErrors, TellsOfTheLastCallOnly) {
+  DataBuffer out;
+  quorvel::NullLog log;
+  Japanese japanese;
+  const unsigned char bad[] = {0x82};
+  japanese.ShiftJisToIso2022(bad, 1, out, log);
+  EXPECT_TRUE(japanese.m_hadError);
+  japanese.Iso2022ToShiftJis(bad, 0, out, log);
+  EXPECT_FALSE(japanese.m_hadError);
+}
+
 }  // namespace

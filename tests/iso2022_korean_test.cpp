@@ -194,4 +194,53 @@ TEST(Iso2022KrRoundTrip, StaysInBoundsOnRandomBytes) {
   }
 }
 
+// --- What was lost ----------------------------------------------------------
+
+bool tellsError(Conversion conversion, std::string_view in) {
+  DataBuffer out;
+  Korean korean;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(in.data());
+  EXPECT_TRUE((korean.*conversion)(bytes, static_cast<int>(in.size()), out));
+  return korean.m_hadError;
+}
+
+bool readingTells(std::string_view in) { return tellsError(&Korean::Iso2022ToKsc, in); }
+bool writingTells(std::string_view in) { return tellsError(&Korean::KscToIso2022, in); }
+
+TEST(Iso2022KrErrors, TellsWhatReadingDrops) {
+  EXPECT_TRUE(readingTells("\x0E\x30"));
+  EXPECT_TRUE(readingTells("\x0E\x30\n"));
+  EXPECT_TRUE(readingTells(header + "\x0E\x80\x30\x21"));
+}
+
+TEST(Iso2022KrErrors, TellsOfASetThatIsNotKnown) {
+  EXPECT_TRUE(readingTells("\x1B$)A\x0E\x30\x21"));
+}
+
+TEST(Iso2022KrErrors, TellsNothingOfTextThatIsReadWhole) {
+  EXPECT_FALSE(readingTells(""));
+  EXPECT_FALSE(readingTells(header + "a\x0E\x30\x21 \n\x0Fz\xB0\xA1\x1B[0m"));
+}
+
+TEST(Iso2022KrErrors, TellsWhatWritingDrops) {
+  EXPECT_TRUE(writingTells("a\x0E"));
+  EXPECT_TRUE(writingTells("a\x0F"));
+  EXPECT_TRUE(writingTells("\xB0\xA1\x1B"));
+}
+
+TEST(Iso2022KrErrors, TellsNothingOfTextThatIsWrittenWhole) {
+  EXPECT_FALSE(writingTells(""));
+  EXPECT_FALSE(writingTells("a\xB0\xA1\x81\x41\r\n"));
+}
+
+TEST(Iso2022KrErrors, TellsOfTheLastCallOnly) {
+  DataBuffer out;
+  Korean korean;
+  const unsigned char bad[] = {0x0E, 0x30};
+  korean.Iso2022ToKsc(bad, 2, out);
+  EXPECT_TRUE(korean.m_hadError);
+  korean.KscToIso2022(bad, 0, out);
+  EXPECT_FALSE(korean.m_hadError);
+}
+
 }  // namespace

@@ -9,7 +9,8 @@
 ///
 /// Each direction is a small machine whose state is the set in use. Its `step`
 /// looks at the rest of the input, puts out what the beginning of it means and
-/// returns how many bytes that used.
+/// returns how many bytes that used. `hadError` tells whether any step left
+/// something out or wrote something else for it.
 namespace quorvel::iso2022 {
 
 using Bytes = std::span<const unsigned char>;
@@ -25,6 +26,13 @@ constexpr bool isGraphic(unsigned char byte) { return byte >= 0x21 && byte <= 0x
 /// cannot be carried by an ISO-2022 encoding.
 constexpr bool isSwitch(unsigned char byte) {
   return byte == shiftOut || byte == shiftIn || byte == escape;
+}
+
+/// Whether `text` begins with a sequence that announces a set, known or not: an
+/// escape and an intermediate byte (ISO/IEC 2022). Others, such as those that
+/// colour a terminal, are text.
+constexpr bool announcesSet(Bytes text) {
+  return text.size() >= 2 && text[0] == escape && text[1] >= 0x20 && text[1] <= 0x2F;
 }
 
 /// Whether `text` begins with all of `start`.

@@ -27,6 +27,8 @@ constexpr unsigned int lastBlockRows = 4;
 // Row 2, cell 14: the geta mark, printed where a type was missing.
 constexpr unsigned int getaMark = 0x222E;
 
+constexpr unsigned int noCode = 0;
+
 // --- Between Shift_JIS and the rows and cells of JIS X 0208 -----------------
 //
 // Shift_JIS lays two rows of 94 under each lead byte: the odd one on the trail
@@ -88,7 +90,7 @@ unsigned int jisFromBeyond(unsigned int code, const unsigned char* lastBlock) {
     if (lastBlockCode(lastBlock, i) != code) continue;
     return jisFromPlace({firstLastBlockRow + i / cellsPerRow, i % cellsPerRow + 1});
   }
-  return getaMark;
+  return noCode;
 }
 
 unsigned int jisFromSjis(unsigned char lead, unsigned char trail, const unsigned char* lastBlock) {
@@ -128,6 +130,8 @@ class Reader {
     return 1;
   }
 
+  bool hadError() const { return m_hadError; }
+
  private:
   // The shift and the designation are independent: what is designated while
   // katakana are shifted in comes into use with the next SI.
@@ -144,17 +148,19 @@ class Reader {
       m_designated = designation.set;
       return designation.sequence.size();
     }
+    // The characters of an unknown set are read as those of the old one.
+    if (iso2022::announcesSet(rest)) m_hadError = true;
     return 0;
   }
 
-  std::size_t stepInKanji(Bytes rest, Output& output) const {
+  std::size_t stepInKanji(Bytes rest, Output& output) {
     if (!iso2022::isGraphic(rest[0])) return carryAscii(rest[0], output);
-    if (rest.size() < 2 || !iso2022::isGraphic(rest[1])) return 1;
+    if (rest.size() < 2 || !iso2022::isGraphic(rest[1])) return drop();
     output.putPair(sjisFromJis(rest[0], rest[1], m_lastBlock));
     return 2;
   }
 
-  static std::size_t stepInKatakana(Bytes rest, Output& output) {
+  std::size_t stepInKatakana(Bytes rest, Output& output) {
     if (rest[0] < 0x21 || rest[0] > 0x5F) return carryAscii(rest[0], output);
     output.put(static_cast<unsigned char>(rest[0] | 0x80));
     return 1;
@@ -162,14 +168,21 @@ class Reader {
 
   // Bytes with bit 7 mean nothing in a 7-bit set, and in Shift_JIS they would
   // be taken for something else.
-  static std::size_t carryAscii(unsigned char byte, Output& output) {
-    if (byte < 0x80) output.put(byte);
+  std::size_t carryAscii(unsigned char byte, Output& output) {
+    if (byte >= 0x80) return drop();
+    output.put(byte);
+    return 1;
+  }
+
+  std::size_t drop() {
+    m_hadError = true;
     return 1;
   }
 
   const unsigned char* m_lastBlock;
   Set m_designated = Set::ascii;
   bool m_isShifted = false;
+  bool m_hadError = false;
 };
 
 // --- Writing ----------------------------------------------------------------
@@ -203,12 +216,14 @@ class Writer {
     }
     use(Set::kanji, output);
     if (!isSjisLead(byte) || rest.size() < 2 || !isSjisTrail(rest[1])) {
-      output.putPair(getaMark);
+      putKanji(noCode, output);
       return 1;
     }
-    output.putPair(jisFromSjis(byte, rest[1], m_lastBlock));
+    putKanji(jisFromSjis(byte, rest[1], m_lastBlock), output);
     return 2;
   }
+
+  bool hadError() const { return m_hadError; }
 
   /// Ends the text in ASCII.
   bool finish(DataBuffer& out) const {
@@ -220,9 +235,17 @@ class Writer {
  private:
   // The line ends are ASCII like the rest, so every line ends in that set.
   void putAscii(unsigned char byte, Output& output) {
-    if (iso2022::isSwitch(byte)) return;
+    if (iso2022::isSwitch(byte)) {
+      m_hadError = true;
+      return;
+    }
     use(Set::ascii, output);
     output.put(byte);
+  }
+
+  void putKanji(unsigned int code, Output& output) {
+    if (code == noCode) m_hadError = true;
+    output.putPair(code == noCode ? getaMark : code);
   }
 
   void use(Set set, Output& output) {
@@ -233,26 +256,33 @@ class Writer {
 
   const unsigned char* m_lastBlock;
   Set m_set = Set::ascii;
+  bool m_hadError = false;
 };
 
 }  // namespace
 
 bool Japanese::Iso2022ToShiftJis(const unsigned char* p, int n, DataBuffer& out, LogBase&) {
+  m_hadError = false;
   const Bytes in = iso2022::inputOf(p, n);
   if (in.empty()) return true;
   const unsigned char* lastBlock = GetSjisFrom2022_LastBlock();
   if (!lastBlock) return false;
   Reader reader(lastBlock);
-  return iso2022::convert(in, out, reader);
+  const bool isWhole = iso2022::convert(in, out, reader);
+  m_hadError = reader.hadError();
+  return isWhole;
 }
 
 bool Japanese::ShiftJisToIso2022(const unsigned char* p, int n, DataBuffer& out, LogBase&) {
+  m_hadError = false;
   const Bytes in = iso2022::inputOf(p, n);
   if (in.empty()) return true;
   const unsigned char* lastBlock = GetSjisFrom2022_LastBlock();
   if (!lastBlock) return false;
   Writer writer(lastBlock);
-  return iso2022::convert(in, out, writer) && writer.finish(out);
+  const bool isWhole = iso2022::convert(in, out, writer) && writer.finish(out);
+  m_hadError = writer.hadError();
+  return isWhole;
 }
 
 // Threads that come here first at the same time each unpack a block; the one

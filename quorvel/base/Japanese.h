@@ -14,6 +14,10 @@ class QUORVEL_API Japanese {
   bool Iso2022ToShiftJis(const unsigned char* p, int n, DataBuffer& out, LogBase& log);
   bool ShiftJisToIso2022(const unsigned char* p, int n, DataBuffer& out, LogBase& log);
 
+  /// Whether the last call left something out, wrote the geta mark for
+  /// something, or met a set that it does not know.
+  bool m_hadError = false;
+
   /// The 376 two-byte Shift_JIS codes (lead byte first) for rows 89 to 92 of
   /// ISO-2022-JP, row by row, 94 cells each. Unpacked on the first call and
   /// shared by all callers until `releaseLastBlock`; null when memory runs

@@ -25,26 +25,37 @@ class Reader {
       m_isShifted = byte == iso2022::shiftOut;
       return 1;
     }
+    // The characters of an unknown set are read as those of the known ones.
+    if (iso2022::announcesSet(rest)) m_hadError = true;
     if (m_isShifted) return stepInHangul(rest, output);
     output.put(byte);
     return 1;
   }
 
+  bool hadError() const { return m_hadError; }
+
  private:
-  static std::size_t stepInHangul(Bytes rest, Output& output) {
+  std::size_t stepInHangul(Bytes rest, Output& output) {
     if (!iso2022::isGraphic(rest[0])) {
       // Bytes with bit 7 mean nothing in a 7-bit set, and in KS C 5601 they
       // would be taken for something else.
-      if (rest[0] < highBit) output.put(rest[0]);
+      if (rest[0] >= highBit) return drop();
+      output.put(rest[0]);
       return 1;
     }
-    if (rest.size() < 2 || !iso2022::isGraphic(rest[1])) return 1;
+    if (rest.size() < 2 || !iso2022::isGraphic(rest[1])) return drop();
     output.put(static_cast<unsigned char>(rest[0] | highBit));
     output.put(static_cast<unsigned char>(rest[1] | highBit));
     return 2;
   }
 
+  std::size_t drop() {
+    m_hadError = true;
+    return 1;
+  }
+
   bool m_isShifted = false;
+  bool m_hadError = false;
 };
 
 // --- Writing ----------------------------------------------------------------
@@ -67,7 +78,10 @@ class Writer {
       output.put(static_cast<unsigned char>(rest[1] & ~highBit));
       return 2;
     }
-    if (iso2022::isSwitch(rest[0])) return 1;
+    if (iso2022::isSwitch(rest[0])) {
+      m_hadError = true;
+      return 1;
+    }
     // What KS C 5601 lacks is carried as it stands, so that nothing is lost.
     use(iso2022::shiftIn, output);
     output.put(rest[0]);
@@ -75,6 +89,8 @@ class Writer {
     output.put(rest[1]);
     return 2;
   }
+
+  bool hadError() const { return m_hadError; }
 
   /// Ends the text in ASCII.
   bool finish(DataBuffer& out) const {
@@ -89,21 +105,27 @@ class Writer {
   }
 
   unsigned char m_shift = iso2022::shiftIn;
+  bool m_hadError = false;
 };
 
 }  // namespace
 
 bool Korean::Iso2022ToKsc(const unsigned char* p, int n, DataBuffer& out) {
   Reader reader;
-  return iso2022::convert(iso2022::inputOf(p, n), out, reader);
+  const bool isWhole = iso2022::convert(iso2022::inputOf(p, n), out, reader);
+  m_hadError = reader.hadError();
+  return isWhole;
 }
 
 bool Korean::KscToIso2022(const unsigned char* p, int n, DataBuffer& out) {
+  m_hadError = false;
   const Bytes in = iso2022::inputOf(p, n);
   if (in.empty()) return true;
   if (!out.append(header.data(), static_cast<unsigned int>(header.size()))) return false;
   Writer writer;
-  return iso2022::convert(in, out, writer) && writer.finish(out);
+  const bool isWhole = iso2022::convert(in, out, writer) && writer.finish(out);
+  m_hadError = writer.hadError();
+  return isWhole;
 }
 
 }  // namespace quorvel

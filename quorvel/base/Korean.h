@@ -12,6 +12,10 @@ class QUORVEL_API Korean {
  public:
   bool Iso2022ToKsc(const unsigned char* p, int n, DataBuffer& out);
   bool KscToIso2022(const unsigned char* p, int n, DataBuffer& out);
+
+  /// Whether the last call left something out or met a set that it does not
+  /// know.
+  bool m_hadError = false;
 };
 
 }  // namespace quorvel
