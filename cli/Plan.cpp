@@ -3,98 +3,137 @@
 #include <algorithm>
 #include <string_view>
 
+#include "cli/Iso2022.h"
 #include "quorvel/base/NullLog.h"
 #include "quorvel/base/_qvUtf.h"
 #include "quorvel/base/qvHelpers.h"
+#include "quorvel/support/CodePageNumbers.h"
 #include "quorvel/support/EncodingConvert.h"
 
 namespace qvconv {
 
 namespace {
 
-using quorvel::_qvUtf;
-using quorvel::DataBuffer;
+using namespace quorvel;
 
-constexpr int utf16le = 1200;
-constexpr int utf16be = 1201;
-constexpr int usAscii = 20127;
-constexpr int gsm = 55000;
-constexpr int utf7 = 65000;
-constexpr int utf8 = 65001;
+constexpr std::string_view markUtf8 = "\xEF\xBB\xBF";
+constexpr std::string_view markUtf16le = "\xFF\xFE";
+constexpr std::string_view markUtf16be = "\xFE\xFF";
 
-constexpr bool isUtf16(int codePage) { return codePage == utf16le || codePage == utf16be; }
-
-constexpr bool isUtf32(int codePage) {
-  return codePage == 12000 || codePage == 12001 || codePage == 65005 || codePage == 65006;
+constexpr bool isUnicode(int codePage) {
+  return isUtf16(codePage) || isUtf32(codePage) || codePage == codePageUtf7 ||
+         codePage == codePageUtf8;
 }
 
-int hostUtf16() { return quorvel::qvIsLittleEndian() ? utf16le : utf16be; }
+int hostUtf16() { return qvIsLittleEndian() ? codePageUtf16le : codePageUtf16be; }
 
 std::string_view viewOf(const DataBuffer& text) {
   return {reinterpret_cast<const char*>(text.getData2()), text.getSize()};
 }
 
+// The library copies such a document whatever the encodings.
+bool isPdf(const DataBuffer& text) {
+  return text.getSize() >= 7 && viewOf(text).starts_with("%PDF-1");
+}
+
 // --- The way of one conversion -------------------------------------------
 
+bool convert(int from, int to, DataBuffer& text, DataBuffer& out);
+
 bool byLibrary(int from, int to, const DataBuffer& text, DataBuffer& out) {
-  quorvel::EncodingConvert converter;
-  quorvel::NullLog log;
+  EncodingConvert converter;
+  NullLog log;
   return converter.EncConvert(from, to, text.getData2(), text.getSize(), out, log) &&
          !converter.m_hadError;
+}
+
+bool inTwoSteps(int from, int between, int to, DataBuffer& text, DataBuffer& out) {
+  DataBuffer scratch;
+  const bool isWhole = convert(from, between, text, scratch);
+  return convert(between, to, scratch, out) && isWhole;
+}
+
+// Exchanging the bytes of each unit is the same both ways; only the way from
+// little-endian to big-endian also has a result that tells of it. A mark goes.
+bool exchangeBytes(const DataBuffer& text, DataBuffer& out) {
+  return byLibrary(codePageUtf16le, codePageUtf16be, text, out);
 }
 
 // The library reads UTF-7 as UTF-16 of the host and then has no way on to
 // UTF-16, which its result would report as a failure.
 bool utf7ToUtf16(int to, DataBuffer& text, DataBuffer& out) {
   if (to == hostUtf16()) return _qvUtf::Utf7ToUtf16_xe(text, out);
+  // With a mark to lose, a first character that looks like one stays.
   DataBuffer units;
-  const bool wellFormed = _qvUtf::Utf7ToUtf16_xe(text, units);
-  const unsigned int size = units.getSize();
-  unsigned char* room = out.growBy(size);
-  if (!room) return false;
-  for (unsigned int i = 0; i + 1 < size; i += 2) {
-    room[i] = *units.getDataAt2(i + 1);
-    room[i + 1] = *units.getDataAt2(i);
-  }
-  out.keepWritten(size);
-  return wellFormed;
-}
-
-bool convert(int from, int to, DataBuffer& text, DataBuffer& out);
-
-bool inTwoSteps(int from, int between, int to, DataBuffer& text, DataBuffer& out) {
-  DataBuffer scratch;
-  const bool first = convert(from, between, text, scratch);
-  return convert(between, to, scratch, out) && first;
+  units.append(markUtf16le.data(), static_cast<unsigned int>(markUtf16le.size()));
+  const bool isWhole = _qvUtf::Utf7ToUtf16_xe(text, units);
+  return exchangeBytes(units, out) && isWhole;
 }
 
 // The library does not pass on whether GSM text was well-formed, or whether
 // all of a text has a place in GSM.
 bool fromGsm(int to, const DataBuffer& text, DataBuffer& out) {
   DataBuffer scratch;
-  quorvel::NullLog log;
-  const bool known = _qvUtf::gsm_to_utf8(text.getData2(), text.getSize(), scratch, log);
-  return convert(utf8, to, scratch, out) && known;
+  NullLog log;
+  const bool isWhole = _qvUtf::gsm_to_utf8(text.getData2(), text.getSize(), scratch, log);
+  return convert(codePageUtf8, to, scratch, out) && isWhole;
 }
 
 bool toGsm(int from, DataBuffer& text, DataBuffer& out) {
-  if (from != utf8) return inTwoSteps(from, utf8, gsm, text, out);
-  const unsigned int mark = viewOf(text).starts_with("\xEF\xBB\xBF") ? 3 : 0;
-  quorvel::NullLog log;
+  if (from != codePageUtf8) return inTwoSteps(from, codePageUtf8, codePageGsm, text, out);
+  const auto mark =
+      static_cast<unsigned int>(viewOf(text).starts_with(markUtf8) ? markUtf8.size() : 0);
+  NullLog log;
   return text.getSize() == mark ||
          _qvUtf::utf8_to_gsm(text.getDataAt2(mark), text.getSize() - mark, out, log);
 }
 
+// Between a code page and itself the library copies and looks at nothing, so
+// the text is decoded too, for the answer alone.
+bool convertOrCheck(int from, int to, DataBuffer& text, DataBuffer& out) {
+  if (from != to) return convert(from, to, text, out);
+  DataBuffer units;
+  return out.append(text) && byLibrary(from, codePageUtf16le, text, units);
+}
+
+bool fromIso2022(int from, int to, const DataBuffer& text, DataBuffer& out) {
+  DataBuffer scratch;
+  // What only looks like a document once it is decoded is copied all the same.
+  const bool isWhole = readIso2022(from, text, scratch) && !isPdf(scratch);
+  return convertOrCheck(pageBehindIso2022(from), to, scratch, out) && isWhole;
+}
+
+bool toIso2022(int from, int to, DataBuffer& text, DataBuffer& out) {
+  DataBuffer scratch;
+  const bool isWhole = convertOrCheck(from, pageBehindIso2022(to), text, scratch);
+  return writeIso2022(to, scratch, out) && isWhole;
+}
+
+// On the way from one table to another the library takes U+EFFD for a marker of
+// its own and what follows for the marked bytes; out of UTF-16 it does not.
+bool toTable(int from, int to, DataBuffer& text, DataBuffer& out) {
+  DataBuffer units;
+  const bool isWhole = convert(from, codePageUtf16le, text, units);
+  EncodingConvert converter;
+  NullLog log;
+  return converter.convertFromUnicodeHC(to, units.getData2(), units.getSize(), out, log) && isWhole;
+}
+
 bool convert(int from, int to, DataBuffer& text, DataBuffer& out) {
   if (from == to) return out.append(text);
-  if (from == gsm) return fromGsm(to, text, out);
-  if (to == gsm) return toGsm(from, text, out);
-  if (from == utf7 && isUtf16(to)) return utf7ToUtf16(to, text, out);
-  // Exchanging the bytes of each unit is the same both ways; only the way from
-  // little-endian to big-endian also has a result that tells of it.
-  if (from == utf16be && to == utf16le) return byLibrary(utf16le, utf16be, text, out);
-  if (from == utf16be && to == utf7) return inTwoSteps(from, utf16le, to, text, out);
-  return byLibrary(from, to, text, out);
+  if (from == codePageGsm) return fromGsm(to, text, out);
+  if (to == codePageGsm) return toGsm(from, text, out);
+  if (isIso2022(from)) return fromIso2022(from, to, text, out);
+  if (isIso2022(to)) return toIso2022(from, to, text, out);
+  if (from == codePageUtf7 && isUtf16(to)) return utf7ToUtf16(to, text, out);
+  if (from == codePageUtf16be && to == codePageUtf16le) return exchangeBytes(text, out);
+  if (from == codePageUtf16be && to == codePageUtf7) {
+    return inTwoSteps(from, codePageUtf16le, to, text, out);
+  }
+  if (isUnicode(to) || isUtf16(from) || from == codePageUsAscii) {
+    return byLibrary(from, to, text, out);
+  }
+  return toTable(from, to, text, out);
 }
 
 // --- What the library drops or passes without a word ---------------------
@@ -117,26 +156,28 @@ bool losesInUtf8(const DataBuffer& text, bool bigEndian) {
 }
 
 bool losesOnTheWayThroughUtf8(int from, DataBuffer& text) {
-  if (isUtf16(from)) return losesInUtf8(text, from == utf16be);
-  if (from == utf7) {
+  if (isUtf16(from)) return losesInUtf8(text, from == codePageUtf16be);
+  if (from == codePageUtf7) {
     DataBuffer units;
-    return !_qvUtf::Utf7ToUtf16_xe(text, units) || losesInUtf8(units, hostUtf16() == utf16be);
+    return !_qvUtf::Utf7ToUtf16_xe(text, units) ||
+           losesInUtf8(units, hostUtf16() == codePageUtf16be);
   }
-  // These never are UTF-16 on their way. In all other encodings a zero byte is
-  // U+0000.
-  if (from == utf8 || from == gsm || from == usAscii || isUtf32(from)) return false;
+  // In all encodings that become UTF-16 on their way a zero byte is U+0000.
+  const bool staysOutOfUtf16 =
+      from == codePageUtf8 || from == codePageGsm || from == codePageUsAscii || isUtf32(from);
+  if (staysOutOfUtf16) return false;
   return viewOf(text).find('\0') != std::string_view::npos;
 }
 
 bool losesSilently(int from, int to, DataBuffer& text) {
   const std::string_view bytes = viewOf(text);
   if (bytes.size() % unitSize(from) != 0) return true;
-  if (from == usAscii && std::any_of(bytes.begin(), bytes.end(), [](char c) {
+  if (from == codePageUsAscii && std::any_of(bytes.begin(), bytes.end(), [](char c) {
         return static_cast<unsigned char>(c) >= 0x80;
       })) {
     return true;
   }
-  const bool throughUtf8 = to == utf8 || to == gsm || isUtf32(to);
+  const bool throughUtf8 = to == codePageUtf8 || to == codePageGsm || isUtf32(to);
   return throughUtf8 && losesOnTheWayThroughUtf8(from, text);
 }
 
@@ -145,14 +186,9 @@ bool losesSilently(int from, int to, DataBuffer& text) {
 // The byte order of UTF-16 text: its mark goes before what the user says.
 int labelledByMark(int codePage, const DataBuffer& text) {
   if (!isUtf16(codePage)) return codePage;
-  if (viewOf(text).starts_with("\xFF\xFE")) return utf16le;
-  if (viewOf(text).starts_with("\xFE\xFF")) return utf16be;
+  if (viewOf(text).starts_with(markUtf16le)) return codePageUtf16le;
+  if (viewOf(text).starts_with(markUtf16be)) return codePageUtf16be;
   return codePage;
-}
-
-// The library copies such a document whatever the encodings.
-bool isPdf(const DataBuffer& text) {
-  return text.getSize() >= 7 && viewOf(text).starts_with("%PDF-1");
 }
 
 bool convertLabelled(int from, int to, DataBuffer& text, DataBuffer& out) {

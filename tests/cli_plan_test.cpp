@@ -1,11 +1,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <string_view>
 
 #include "cli/Plan.h"
+#include "quorvel/base/CharsetNaming.h"
 #include "quorvel/base/DataBuffer.h"
+#include "quorvel/base/NullLog.h"
+#include "quorvel/support/CodePageNumbers.h"
+#include "quorvel/support/EncodingConvert.h"
 
 namespace {
 
@@ -13,14 +18,18 @@ using namespace std::string_view_literals;
 using quorvel::DataBuffer;
 using qvconv::Outcome;
 
-constexpr int usAscii = 20127;
-constexpr int utf16le = 1200;
-constexpr int utf16be = 1201;
-constexpr int utf32le = 12000;
-constexpr int utf32be = 12001;
-constexpr int gsm = 55000;
-constexpr int utf7 = 65000;
-constexpr int utf8 = 65001;
+constexpr int shiftJis = quorvel::codePageShiftJis;
+constexpr int korean = quorvel::codePageKorean;
+constexpr int usAscii = quorvel::codePageUsAscii;
+constexpr int utf16le = quorvel::codePageUtf16le;
+constexpr int utf16be = quorvel::codePageUtf16be;
+constexpr int utf32le = quorvel::codePageUtf32le;
+constexpr int utf32be = quorvel::codePageUtf32be;
+constexpr int iso2022Jp = quorvel::codePageIso2022JpFirst;
+constexpr int iso2022Kr = quorvel::codePageIso2022Kr;
+constexpr int gsm = quorvel::codePageGsm;
+constexpr int utf7 = quorvel::codePageUtf7;
+constexpr int utf8 = quorvel::codePageUtf8;
 
 struct Result {
   Outcome outcome;
@@ -167,6 +176,163 @@ TEST(CommandPlan, LetsOtherConversionsKeepNul) {
   EXPECT_EQ(convert(utf32le, utf8, "\0\0\0\0"sv), all("\0"sv));
   EXPECT_EQ(convert(utf16le, utf16be, "\0\0"sv), all("\0\0"sv));
   EXPECT_EQ(convert(usAscii, utf8, "\0"sv), all("\0"sv));
+}
+
+// --- Table-driven pages -----------------------------------------------------
+
+TEST(CommandPlan, ConvertsTableDrivenPages) {
+  EXPECT_EQ(convert(shiftJis, utf8, "\x82\xA0"), all("\xE3\x81\x82"));
+  EXPECT_EQ(convert(utf8, 1252, "caf\xC3\xA9"), all("caf\xE9"));
+  EXPECT_EQ(convert(1252, shiftJis, "a"), all("a"));
+  EXPECT_EQ(convert(1251, 20866, "\xEC\xE8\xF0"), all("\xCD\xC9\xD2"));
+  EXPECT_EQ(convert(37, utf16be, "\xC1"), all("\0A"sv));
+  EXPECT_EQ(convert(utf32be, 37, "\0\0\0A"sv), all("\xC1"));
+  EXPECT_EQ(convert(utf7, 1252, "+AOk-"), all("\xE9"));
+  EXPECT_EQ(convert(1252, utf7, "\xE9"), all("+AOk"));
+  EXPECT_EQ(convert(1252, gsm, "\xE9"), all("\x05"));
+  EXPECT_EQ(convert(gsm, 1252, "\x05"), all("\xE9"));
+  EXPECT_EQ(convert(936, 52936, "\xC4\xE3"), all("\xC4\xE3"));
+}
+
+TEST(CommandPlan, LeavesTheMarkOutOfATable) {
+  EXPECT_EQ(convert(utf16be, 1251, "\xFE\xFF\x04\x16"), all("\xC6"));
+  EXPECT_EQ(convert(utf16be, 1251, "\xFF\xFE\x16\x04"), all("\xC6"));
+  EXPECT_EQ(convert(utf16le, 1251, "\xFE\xFF\x04\x16"), all("\xC6"));
+  EXPECT_EQ(convert(utf8, 1252, "\xEF\xBB\xBFx"), all("x"));
+  EXPECT_EQ(convert(utf32le, 1252, "\0\0\xFE\xFF\0\0\0x"sv), all("x"));
+  EXPECT_EQ(convert(utf8, 1252, "\xEF\xBB\xBF\xEF\xBB\xBFx"), some("x"));
+}
+
+TEST(CommandPlan, CountsWhatATableLacks) {
+  EXPECT_EQ(convert(utf8, 1252, "a\xE6\xBC\xA2"), some("a"));
+  EXPECT_EQ(convert(shiftJis, utf8, "a\x82"), some("a"));
+  EXPECT_EQ(convert(1253, 1252, "a\xE1"), some("a"));
+  EXPECT_EQ(convert(1253, utf16be, "\xFF"), none());
+  EXPECT_EQ(convert(1253, gsm, "a\xFF"), some("a"));
+  EXPECT_EQ(convert(utf16be, 1251, "\x4E\x00"sv), none());
+  EXPECT_EQ(convert(utf7, 1252, "a+-\xFF"), some("a+"));
+  EXPECT_EQ(convert(28600, utf8, "a"), none());
+  EXPECT_EQ(convert(utf8, 28601, "a"), none());
+}
+
+TEST(CommandPlan, CountsAnIncompleteLastUnitBeforeATable) {
+  EXPECT_EQ(convert(utf16be, 1251, "\0ab"sv), some("a"));
+  EXPECT_EQ(convert(utf16le, 1251, "a\0b"sv), some("a"));
+  EXPECT_EQ(convert(utf32be, 1251, "\0\0\0ab"sv), some("a"));
+}
+
+TEST(CommandPlan, CountsNulOutOfATable) {
+  EXPECT_EQ(convert(1252, utf8, "a\0"sv), some("a"));
+  EXPECT_EQ(convert(37, utf32le, "\xC1\0"sv), some("A\0\0\0"sv));
+  EXPECT_EQ(convert(shiftJis, gsm, "a\0"sv), some("a"));
+  EXPECT_EQ(convert(1252, utf16le, "a\0"sv), all("a\0\0\0"sv));
+  EXPECT_EQ(convert(1252, 37, "A\0"sv), all("\xC1\0"sv));
+  EXPECT_EQ(convert(utf8, shiftJis, "\0"sv), all("\0"sv));
+}
+
+TEST(CommandPlan, CountsBytesAboveAsciiBeforeATable) {
+  EXPECT_EQ(convert(usAscii, shiftJis, "a\x80"), some("a"));
+  EXPECT_EQ(convert(usAscii, 28591, "a\x80"), some("a\x80"));
+}
+
+// 834B of 950 is U+EFFD, which marks passed-through bytes inside the library.
+TEST(CommandPlan, TakesNoCharacterForAMarker) {
+  EXPECT_EQ(convert(utf8, 950, "\xEE\xBF\xBD\1AB"), all("\x83\x4B\1AB"));
+  EXPECT_EQ(convert(utf32le, 950, "\xFD\xEF\0\0A\0\0\0"sv), all("\x83\x4B"
+                                                                "A"));
+  EXPECT_EQ(convert(950, utf8, "\x83\x4B\1AB"), all("\xEE\xBF\xBD\1AB"));
+  EXPECT_EQ(convert(950, 1252, "\x83\x4B\1AB"), some("\1AB"));
+}
+
+// --- ISO-2022 ---------------------------------------------------------------
+
+TEST(CommandPlan, ConvertsIso2022) {
+  EXPECT_EQ(convert(iso2022Jp, utf8, "\x1B$B\x24\x22\x1B(B\n"), all("\xE3\x81\x82\n"));
+  EXPECT_EQ(convert(utf8, iso2022Jp, "\xE3\x81\x82\n"), all("\x1B$B\x24\x22\x1B(B\n"));
+  EXPECT_EQ(convert(iso2022Jp, shiftJis, "\x1B$B\x24\x22"), all("\x82\xA0"));
+  EXPECT_EQ(convert(shiftJis, 50222, "\x82\xA0"), all("\x1B$B\x24\x22\x1B(B"));
+  EXPECT_EQ(convert(iso2022Jp, 50221, "\x1B$B\x24\x22"), all("\x1B$B\x24\x22\x1B(B"));
+  EXPECT_EQ(convert(iso2022Jp, 51932, "\x1B$B\x24\x22"), all("\xA4\xA2"));
+  EXPECT_EQ(convert(iso2022Kr, utf8, "\x1B$)C\x0E\x30\x21\x0F"), all("\xEA\xB0\x80"));
+  EXPECT_EQ(convert(utf16be, iso2022Kr, "\xFE\xFF\xAC\x00"sv), all("\x1B$)C\x0E\x30\x21\x0F"));
+  EXPECT_EQ(convert(korean, iso2022Kr, "\xB0\xA1"), all("\x1B$)C\x0E\x30\x21\x0F"));
+  EXPECT_EQ(convert(iso2022Kr, iso2022Jp, "\x1B$)Ca"), all("a"));
+  EXPECT_EQ(convert(iso2022Jp, gsm, "\x1B(J@"), all("\0"sv));
+  EXPECT_EQ(convert(iso2022Jp, iso2022Jp, "\x1B$B\x24"), all("\x1B$B\x24"));
+}
+
+TEST(CommandPlan, CountsWhatIso2022CannotWrite) {
+  EXPECT_EQ(convert(shiftJis, iso2022Jp, "\x82"), some("\x1B$B\x22\x2E\x1B(B"));
+  EXPECT_EQ(convert(shiftJis, iso2022Jp, "\xF0\x40"), some("\x1B$B\x22\x2E\x1B(B"));
+  EXPECT_EQ(convert(utf8, iso2022Jp, "\xEE\x80\x80"), some("\x1B$B\x22\x2E\x1B(B"));
+  EXPECT_EQ(convert(shiftJis, iso2022Jp, "a\x0E"), some("a"));
+  EXPECT_EQ(convert(utf8, iso2022Kr, "\x1B"), some("\x1B$)C"));
+  EXPECT_EQ(convert(utf8, iso2022Jp, "\xC3\xA9"), none());
+}
+
+TEST(CommandPlan, CountsWhatReadingIso2022Drops) {
+  EXPECT_EQ(convert(iso2022Jp, shiftJis, "\x1B$B\x24"), none());
+  EXPECT_EQ(convert(iso2022Jp, utf8, "a\x1B$B\x24"), some("a"));
+  EXPECT_EQ(convert(iso2022Kr, korean, "\x0E\x30"), none());
+  EXPECT_EQ(convert(iso2022Kr, korean, "\x1B$)C\x0E\x80\x30\x21"), some("\xB0\xA1"));
+  EXPECT_EQ(convert(iso2022Kr, utf8, "\x1B$)A\x0E\x30\x21"), some("\x1B$)A\xEA\xB0\x80"));
+}
+
+TEST(CommandPlan, CountsCodesThatIso2022CopiesAndNoCharacterHas) {
+  EXPECT_EQ(convert(iso2022Jp, shiftJis, "\x1B$B\x29\x21"), some("\x85\x40"));
+  EXPECT_EQ(convert(shiftJis, iso2022Jp, "\x85\x40"), some("\x1B$B\x29\x21\x1B(B"));
+  EXPECT_EQ(convert(iso2022Jp, 50221, "\x1B$B\x29\x21"), some("\x1B$B\x29\x21\x1B(B"));
+  EXPECT_EQ(convert(korean, iso2022Kr, "a\xA0\x20"), some("\x1B$)Ca\xA0 "));
+}
+
+TEST(CommandPlan, CountsNulAndDocumentsOutOfIso2022) {
+  EXPECT_EQ(convert(iso2022Jp, utf8, "a\0"sv), some("a"));
+  EXPECT_EQ(convert(iso2022Jp, utf16le, "\x1B(B%PDF-1.4"), some("%PDF-1.4"));
+}
+
+// --- Beside the library -----------------------------------------------------
+
+std::string byLibrary(int from, int to, const std::string& text) {
+  quorvel::EncodingConvert converter;
+  quorvel::NullLog log;
+  DataBuffer out;
+  converter.EncConvert(from, to, reinterpret_cast<const unsigned char*>(text.data()),
+                       static_cast<unsigned int>(text.size()), out, log);
+  return {reinterpret_cast<const char*>(out.getData2()), out.getSize()};
+}
+
+std::string anyBytes(std::mt19937& random) {
+  std::string text(64, '\0');
+  for (char& byte : text) byte = static_cast<char>(random());
+  return text;
+}
+
+// The command has ways of its own where the library does not tell what was
+// lost; the bytes stay the same. Where the library gives nothing at all, for
+// UTF-16 with the other mark, UTF-7 to UTF-16 and ill-formed text around GSM,
+// the command gives more.
+TEST(CommandPlan, WritesWhatTheLibraryWritesFromEveryPage) {
+  std::mt19937 random(2022);
+  for (unsigned int i = 0; i < quorvel::CharsetNaming::count(); ++i) {
+    const int from = quorvel::CharsetNaming::at(i).codePage;
+    if (quorvel::isUtf16(from) || from == utf7 || from == gsm) continue;
+    for (const int to : {1251, shiftJis, iso2022Jp, iso2022Kr, utf8, utf16be, utf32be}) {
+      const std::string text = anyBytes(random);
+      EXPECT_EQ(convert(from, to, text).out, byLibrary(from, to, text)) << from << " to " << to;
+    }
+  }
+}
+
+TEST(CommandPlan, WritesWhatTheLibraryWritesToEveryPage) {
+  std::mt19937 random(2023);
+  for (unsigned int i = 0; i < quorvel::CharsetNaming::count(); ++i) {
+    const int to = quorvel::CharsetNaming::at(i).codePage;
+    if (to == gsm) continue;
+    for (const int from : {1251, shiftJis, iso2022Jp, iso2022Kr, utf8, utf32be}) {
+      const std::string text = anyBytes(random);
+      EXPECT_EQ(convert(from, to, text).out, byLibrary(from, to, text)) << from << " to " << to;
+    }
+  }
 }
 
 }  // namespace
