@@ -26,7 +26,8 @@ quorvel::DataBuffer readInput(const std::string& path);
 ///
 /// A regular file is written under another name and takes its own with
 /// `finish`, so that it may be one of the inputs and stays as it was when
-/// writing fails. Anything else (a device, a pipe) is written directly.
+/// writing fails or `finish` is never called. Anything else (a device, a pipe)
+/// is written directly.
 class Output {
  public:
   /// Opens `path`, or standard output when it is empty. Throws `FileError`.

@@ -8,6 +8,7 @@
 #include "cli/Files.h"
 #include "cli/Options.h"
 #include "cli/Plan.h"
+#include "quorvel/base/OneLine.h"
 
 namespace qvconv {
 
@@ -15,33 +16,37 @@ namespace {
 
 // Where standard error is closed too, nobody is left to tell.
 void complain(const std::string& line) {
-  static_cast<void>(std::fprintf(stderr, "qvconv: %s\n", line.c_str()));
+  static_cast<void>(std::fprintf(stderr, "qvconv: %s\n", quorvel::oneLine(line).c_str()));
 }
 
-// Reads and converts one file; whatever could be converted is in `converted`.
-bool convertFile(const Options& options, const std::string& file, quorvel::DataBuffer& converted) {
+// Reads and converts one file, and complains unless all of it was converted.
+Outcome convertFile(const Options& options, const std::string& file,
+                    quorvel::DataBuffer& converted) try {
   quorvel::DataBuffer text = readInput(file);
   const Outcome outcome = convertText(options.fromCodePage, options.toCodePage, text, converted);
-  if (outcome == Outcome::all) return true;
-  complain(inputName(file) + (outcome == Outcome::some ? ": not all of it" : ": nothing of it") +
-           " could be converted from " + options.from + " to " + options.to);
-  return false;
+  if (outcome != Outcome::all) {
+    complain(inputName(file) + (outcome == Outcome::some ? ": not all of it" : ": nothing of it") +
+             " could be converted from " + options.from + " to " + options.to);
+  }
+  return outcome;
+} catch (const FileError& error) {
+  complain(error.what());
+  return Outcome::none;
 }
 
 ExitStatus convertFiles(const Options& options) {
   Output output(options.output);
   ExitStatus status = allConverted;
+  bool hasResult = false;
   for (const std::string& file : options.files) {
     quorvel::DataBuffer converted;
-    try {
-      if (!convertFile(options, file, converted)) status = notConverted;
-    } catch (const FileError& error) {
-      complain(error.what());
-      status = notConverted;
-    }
+    const Outcome outcome = convertFile(options, file, converted);
+    if (outcome != Outcome::all) status = notConverted;
+    if (outcome != Outcome::none) hasResult = true;
     output.write(converted);
   }
-  output.finish();
+  // Without a result there is nothing to put in the place of an old file.
+  if (hasResult) output.finish();
   return status;
 }
 

@@ -91,6 +91,50 @@ TEST_F(Command, TakesNumbersAndLooseNames) {
   expectConverted(run("--from UTF8 --to=Utf_32_BE", "a"), "\0\0\0a"s);
 }
 
+TEST_F(Command, FindsStandardInputAtItsEndTheSecondTime) {
+  write("b", "b");
+  expectConverted(run("-f utf-8 -t utf-16le - b -", "a"), "a\0b\0"s);
+}
+
+TEST_F(Command, ReadsAndWritesEachEncodingByName) {
+  expectConverted(run("-f utf-32 -t utf-8", "\xFF\xFE\0\0a\0\0\0"s), "a");
+  expectConverted(run("-f utf-32le -t utf-8", "\0\0\xFE\xFF\0\0\0a"s), "a");
+  expectConverted(run("-f utf-8 -t utf-32be", "\xEF\xBB\xBF"), "\0\0\xFE\xFF"s);
+  expectConverted(run("-f utf-8 -t gsm", "\xEF\xBB\xBF@"), "\0"s);
+  expectConverted(run("-f utf-16be -t gsm", "\xFF\xFE@\0"s), "\0"s);
+  expectConverted(run("-f utf-32be -t gsm-7bit", "\xFF\xFE\0\0@\0\0\0"s), "\0"s);
+  expectConverted(run("-f gsm -t utf-32be", "\0"s), "\0\0\0@"s);
+  expectConverted(run("-f shift_jis -t utf-8", "\x82\xA0"), "\xE3\x81\x82");
+  expectConverted(run("-f utf-8 -t windows-1252", "\xC3\xA9"), "\xE9");
+  expectConverted(run("-f utf-16be -t windows-1251", "\xFF\xFE\x16\x04"), "\xC6");
+}
+
+TEST_F(Command, ConvertsIso2022) {
+  expectConverted(run("-f iso-2022-jp -t utf-8", "\x1B$B\x24\x22\x1B(B"), "\xE3\x81\x82");
+  expectConverted(run("-f shift_jis -t iso-2022-jp", "\x82\xA0"), "\x1B$B\x24\x22\x1B(B");
+  expectConverted(run("-f iso-2022-kr -t utf-8", "\x1B$)C\x0E\x30\x21\x0F"), "\xEA\xB0\x80");
+  expectConverted(run("-f 949 -t iso-2022-kr", "\xB0\xA1"), "\x1B$)C\x0E\x30\x21\x0F");
+}
+
+TEST_F(Command, SaysWhatIso2022Loses) {
+  const std::string geta = "\x1B$B\x22\x2E\x1B(B";
+  expectFailed(run("-f shift_jis -t iso-2022-jp", "\x82"), 1, geta,
+               "standard input: not all of it could be converted from shift_jis to iso-2022-jp");
+  expectFailed(run("-f 932 -t 50220", "\xFA\x4A"), 1, geta,
+               "standard input: not all of it could be converted from 932 to 50220");
+  expectFailed(run("-f shift_jis -t iso-2022-jp",
+                   "a\x0E"
+                   "b"),
+               1, "ab",
+               "standard input: not all of it could be converted from shift_jis to iso-2022-jp");
+  expectFailed(run("-f iso-2022-jp -t shift_jis", "\x1B$B\x24"), 1, "",
+               "standard input: nothing of it could be converted from iso-2022-jp to shift_jis");
+  expectFailed(run("-f iso-2022-kr -t 949", "\x0E\x30"), 1, "",
+               "standard input: nothing of it could be converted from iso-2022-kr to 949");
+  expectFailed(run("-f iso-2022-kr -t 949", "\x1B$)C\x0E\x80\x30\x21"), 1, "\xB0\xA1",
+               "standard input: not all of it could be converted from iso-2022-kr to 949");
+}
+
 TEST_F(Command, ConvertsEachFileByItself) {
   write("a", "\xFE\xFF\0a"s);
   write("b",
@@ -166,6 +210,36 @@ TEST_F(Command, MayWriteToAFileThatItReads) {
   EXPECT_EQ(fileCount(), 2U);
 }
 
+TEST_F(Command, LeavesAnOutputAloneWhenNoInputCanBeRead) {
+  write("out", "old");
+  const Finished result = run("-f utf-8 -t utf-16le -o out missing gone");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.err,
+            "qvconv: missing: No such file or directory\n"
+            "qvconv: gone: No such file or directory\n");
+  EXPECT_EQ(read("out"), "old");
+  EXPECT_EQ(fileCount(), 1U);
+  expectFailed(run("-f utf-8 -t utf-16le -o new ."), 1, "", ".: Is a directory");
+  EXPECT_EQ(fileCount(), 1U);
+}
+
+TEST_F(Command, LeavesAnOutputAloneWhenNothingCouldBeConverted) {
+  write("out", "old");
+  expectFailed(run("-f utf-8 -t iso-8859-10 -o out out"), 1, "",
+               "out: nothing of it could be converted from utf-8 to iso-8859-10");
+  EXPECT_EQ(read("out"), "old");
+  EXPECT_EQ(fileCount(), 1U);
+}
+
+TEST_F(Command, WritesAnOutputWhenOneInputCanBeRead) {
+  write("out", "old");
+  write("empty", "");
+  EXPECT_EQ(run("-f utf-8 -t utf-16le -o out missing -", "a").status, 1);
+  EXPECT_EQ(read("out"), "a\0"s);
+  EXPECT_EQ(run("-f utf-8 -t utf-16le -o out missing empty").status, 1);
+  EXPECT_EQ(read("out"), "");
+}
+
 TEST_F(Command, KeepsThePermissionsOfAFileThatItReplaces) {
   write("out", "old");
   ASSERT_EQ(::chmod(path("out").c_str(), 0640), 0);
@@ -198,6 +272,18 @@ TEST_F(Command, RefusesUnknownEncodings) {
                "unknown encoding \"nonesuch\" (-l lists the known ones)");
   expectFailed(run("-f utf-8 -t 99999"), 2, "",
                "unknown encoding \"99999\" (-l lists the known ones)");
+}
+
+TEST_F(Command, SaysEachThingInOneLine) {
+  expectFailed(run("-f 'utf\n8x' -t utf-8"), 2, "",
+               "unknown encoding \"utf\\x0A8x\" (-l lists the known ones)");
+  expectFailed(run("-f 'utf\n8' -t utf-16le", "\xFF"), 1, "",
+               "standard input: nothing of it could be converted from utf\\x0A8 to utf-16le");
+  expectFailed(run("-f utf-8 -t utf-8 'no\tsuch\x1B\x7F\r\nfile'"), 1, "",
+               "no\\x09such\\x1B\\x7F\\x0D\\x0Afile: No such file or directory");
+  expectFailed(run("-f utf-8 -t utf-8 -o 'no\n/out'"), 1, "",
+               "no\\x0A/out: No such file or directory");
+  EXPECT_THAT(run("'--no\nsuch'").err, MatchesRegex("qvconv: [^\n]+\n"));
 }
 
 TEST_F(Command, AsksForBothEncodings) {

@@ -117,6 +117,32 @@ TEST(TextLog, WritesALongLineWhole) {
   EXPECT_EQ(text.getString(), longLine + "\n");
 }
 
+TEST(TextLog, WritesControlBytesInHexadecimal) {
+  StringBuffer name;
+  const char forged[] = "x\nerror: \0forged\r\x1B[2J\x7F";
+  name.appendN(forged, sizeof forged - 1);
+  StringBuffer text;
+  TextLog log(text);
+  log.LogDataSb("charsetName", name);
+  log.logInfo("a\tb");
+  log.logError("\x1F ~\x80\\");
+  log.openContext("c\n", false);
+  log.LogDataLong("d\n", 1);
+  EXPECT_STREQ(text.getString(),
+               "charsetName: x\\x0Aerror: \\x00forged\\x0D\\x1B[2J\\x7F\n"
+               "a\\x09b\n"
+               "error: \\x1F ~\x80\\\n"
+               "c\\x0A:\n"
+               "  d\\x0A: 1\n");
+}
+
+TEST(StreamLog, WritesControlBytesInHexadecimal) {
+  std::ostringstream stream;
+  StreamLog log(stream);
+  log.logInfo("a\nb");
+  EXPECT_EQ(stream.str(), "a\\x0Ab\n");
+}
+
 TEST(TextLog, StaysAtTheMarginWhenClosedTooOften) {
   StringBuffer text;
   TextLog log(text);

@@ -15,7 +15,9 @@ namespace quorvel {
 ///       error: Unrecognized fromCharset
 ///
 /// A context is written as its name and a colon, a value as "name: value", an
-/// error as "error: text" and an informational line as its text.
+/// error as "error: text" and an informational line as its text. Control bytes
+/// (00 to 1F and 7F) are written as \xNN, so that a charset name out of a mail
+/// cannot pretend to be a line of its own.
 class QUORVEL_API IndentedLog : public LogBase {
  public:
   void logError(const char* text) override;
@@ -30,7 +32,7 @@ class QUORVEL_API IndentedLog : public LogBase {
   virtual void writeLine(std::string_view line) = 0;
 
  private:
-  void write(std::string text);
+  void write(std::string_view text);
 
   unsigned int m_depth = 0;
 };

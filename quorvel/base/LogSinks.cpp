@@ -1,8 +1,8 @@
 #include <ostream>
-#include <utility>
 
 #include "quorvel/base/IndentedLog.h"
 #include "quorvel/base/LogBase.h"
+#include "quorvel/base/OneLine.h"
 #include "quorvel/base/StreamLog.h"
 #include "quorvel/base/StringBuffer.h"
 #include "quorvel/base/TextLog.h"
@@ -20,7 +20,7 @@ void IndentedLog::LogDataLong(const char* name, long value) {
 }
 
 void IndentedLog::LogDataSb(const char* name, const StringBuffer& value) {
-  write(std::string(name) + ": " + value.getString());
+  write(std::string(name) + ": " + std::string(value.getString(), value.getSize()));
 }
 
 void IndentedLog::openContext(const char* name, bool) {
@@ -32,8 +32,8 @@ void IndentedLog::closeContext() {
   if (m_depth) --m_depth;
 }
 
-void IndentedLog::write(std::string text) {
-  writeLine(std::string(std::size_t{2} * m_depth, ' ') + std::move(text) + '\n');
+void IndentedLog::write(std::string_view text) {
+  writeLine(std::string(std::size_t{2} * m_depth, ' ') + oneLine(text) + '\n');
 }
 
 void TextLog::writeLine(std::string_view line) {
