@@ -276,11 +276,11 @@ TEST_F(Command, RefusesUnknownEncodings) {
 
 TEST_F(Command, SaysEachThingInOneLine) {
   expectFailed(run("-f 'utf\n8x' -t utf-8"), 2, "",
-               "unknown encoding \"utf\\x0A8x\" (-l lists the known ones)");
+               R"(unknown encoding "utf\x0A8x" (-l lists the known ones))");
   expectFailed(run("-f 'utf\n8' -t utf-16le", "\xFF"), 1, "",
                "standard input: nothing of it could be converted from utf\\x0A8 to utf-16le");
   expectFailed(run("-f utf-8 -t utf-8 'no\tsuch\x1B\x7F\r\nfile'"), 1, "",
-               "no\\x09such\\x1B\\x7F\\x0D\\x0Afile: No such file or directory");
+               R"(no\x09such\x1B\x7F\x0D\x0Afile: No such file or directory)");
   expectFailed(run("-f utf-8 -t utf-8 -o 'no\n/out'"), 1, "",
                "no\\x0A/out: No such file or directory");
   EXPECT_THAT(run("'--no\nsuch'").err, MatchesRegex("qvconv: [^\n]+\n"));
