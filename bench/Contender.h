@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace quorvel::bench {
+
+/// One way to carry out a conversion, with whatever it keeps between two calls:
+/// open converters and room for the result.
+class Contender {
+ public:
+  virtual ~Contender() = default;
+
+  /// Converts a whole text, which must be aligned as an allocation is. False
+  /// when anything in it could not be converted.
+  virtual bool convert(std::string_view text) = 0;
+
+  /// What the last conversion gave.
+  virtual std::string_view result() const = 0;
+};
+
+/// The most bytes that a text of `numBytes` can become in any encoding here.
+constexpr std::size_t roomFor(std::size_t numBytes) { return 4 * numBytes + 64; }
+
+std::unique_ptr<Contender> makeQuorvel(int from, int to);
+
+/// glibc's iconv; null when it does not know a name. `largest` is the size of
+/// the largest text to come.
+std::unique_ptr<Contender> makeIconv(const std::string& from, const std::string& to,
+                                     std::size_t largest);
+
+/// The ways in which ICU's users convert.
+enum class IcuWay {
+  direct,   ///< ucnv_convertEx, in chunks
+  units,    ///< the whole text to UChar and from there, by ucnv_toUChars and ucnv_fromUChars
+  strings,  ///< as units, but for UTF-8 u_strFromUTF8 and u_strToUTF8
+};
+
+/// ICU; null when it does not know a name or the way does not fit.
+std::unique_ptr<Contender> makeIcu(const std::string& from, const std::string& to, IcuWay way,
+                                   std::size_t largest);
+
+}  // namespace quorvel::bench

@@ -1,0 +1,38 @@
+#include "Contender.h"
+#include "quorvel/base/NullLog.h"
+#include "quorvel/support/EncodingConvert.h"
+
+namespace quorvel::bench {
+
+namespace {
+
+class QuorvelContender : public Contender {
+ public:
+  QuorvelContender(int from, int to) : m_from(from), m_to(to) {}
+
+  bool convert(std::string_view text) override {
+    m_out.clear();
+    return m_converter.EncConvert(m_from, m_to, reinterpret_cast<const unsigned char*>(text.data()),
+                                  static_cast<unsigned int>(text.size()), m_out, m_log) &&
+           !m_converter.m_hadError;
+  }
+
+  std::string_view result() const override {
+    return {reinterpret_cast<const char*>(m_out.getData2()), m_out.getSize()};
+  }
+
+ private:
+  int m_from;
+  int m_to;
+  EncodingConvert m_converter;
+  DataBuffer m_out;
+  NullLog m_log;
+};
+
+}  // namespace
+
+std::unique_ptr<Contender> makeQuorvel(int from, int to) {
+  return std::make_unique<QuorvelContender>(from, to);
+}
+
+}  // namespace quorvel::bench

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Corpus.h"
+
+namespace quorvel::bench {
+
+/// An encoding under its number here and its names elsewhere.
+struct Encoding {
+  int codePage;
+  const char* languages;   ///< what text is measured in it, separated by spaces
+  const char* iconvNames;  ///< what glibc may call it, likeliest first
+  const char* icuNames;    ///< what ICU may call it, likeliest first
+};
+
+/// One line of the table: a conversion of text in a language.
+struct Row {
+  const Encoding* from;
+  const Encoding* to;
+  const Language* language;
+
+  /// "932 to 65001, japanese"
+  std::string name() const;
+};
+
+inline constexpr int utf8 = 65001;
+inline constexpr int utf16le = 1200;
+
+/// Every row, in the order of the table.
+std::vector<Row> allRows();
+
+/// The encoding of a code page that some row has; throws `std::runtime_error`
+/// for any other.
+const Encoding& encodingOf(int codePage);
+
+/// The words of a list separated by spaces.
+std::vector<std::string> wordsOf(const char* list);
+
+}  // namespace quorvel::bench
