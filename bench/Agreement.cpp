@@ -34,14 +34,13 @@ bool agrees(const Entrant& entrant, Contender* contender, const std::string& tex
 
 // `make(from, to)` gives a contender for a pair of names, or null.
 template <typename Make>
-void enterFirstThatAgrees(Library library, const char* fromNames, const char* toNames,
-                          const std::string& suffix, const Make& make, Match& match) {
+void enterAllThatAgree(Library library, const char* fromNames, const char* toNames,
+                       const std::string& suffix, const Make& make, Match& match) {
   for (const std::string& from : wordsOf(fromNames)) {
     for (const std::string& to : wordsOf(toNames)) {
       std::unique_ptr<Contender> contender = make(from, to);
       if (!agrees(match.entrants.front(), contender.get(), match.text)) continue;
       match.entrants.push_back({library, from + " to " + to + suffix, std::move(contender)});
-      return;
     }
   }
 }
@@ -50,16 +49,16 @@ void enterIconv(Match& match) {
   const auto make = [&](const std::string& from, const std::string& to) {
     return makeIconv(from, to, match.text.size());
   };
-  enterFirstThatAgrees(Library::glibc, match.row.from->iconvNames, match.row.to->iconvNames, "",
-                       make, match);
+  enterAllThatAgree(Library::glibc, match.row.from->iconvNames, match.row.to->iconvNames, "", make,
+                    match);
 }
 
 void enterIcu(IcuWay way, const char* wayName, Match& match) {
   const auto make = [&](const std::string& from, const std::string& to) {
     return makeIcu(from, to, way, match.text.size());
   };
-  enterFirstThatAgrees(Library::icu, match.row.from->icuNames, match.row.to->icuNames,
-                       std::string(" by ") + wayName, make, match);
+  enterAllThatAgree(Library::icu, match.row.from->icuNames, match.row.to->icuNames,
+                    std::string(" by ") + wayName, make, match);
 }
 
 }  // namespace

@@ -20,8 +20,8 @@ struct Entrant {
 };
 
 /// A row made ready: its text in the source encoding, and those whose results
-/// are the same to the byte. We come first; each peer comes once for every way
-/// of using it.
+/// are the same to the byte. We come first; each peer comes once for every name
+/// and way that serves.
 struct Match {
   Row row;
   std::string text;

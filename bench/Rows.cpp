@@ -7,8 +7,8 @@ namespace quorvel::bench {
 
 namespace {
 
-// Several names for an encoding mean several tables; the first whose result
-// agrees with ours is the one to be measured.
+// Several names for an encoding mean several tables: all whose results agree with
+// ours are measured, and the fastest counts.
 constexpr Encoding encodings[] = {
     {utf8,
      "english french russian arabic japanese chinese_simplified chinese_traditional korean emoji",
@@ -17,10 +17,10 @@ constexpr Encoding encodings[] = {
     {1252, "english french", "CP1252", "windows-1252"},
     {1251, "russian", "CP1251", "windows-1251"},
     {37, "english", "IBM037", "ibm-37"},
-    {932, "japanese", "CP932 IBM943", "ibm-943_P15A-2003 ibm-943_P130-1999"},
-    {936, "chinese_simplified", "CP936 GB18030", "windows-936-2000 ibm-1386_P100-2001"},
+    {932, "japanese", "CP932", "ibm-943_P15A-2003"},
+    {936, "chinese_simplified", "CP936", "windows-936-2000 ibm-1386_P100-2001"},
     {949, "korean", "CP949", "windows-949-2000 ibm-1363_P11B-1998"},
-    {950, "chinese_traditional", "CP950 BIG5-HKSCS", "windows-950-2000 ibm-1373_P100-2002"},
+    {950, "chinese_traditional", "CP950", "windows-950-2000 ibm-1373_P100-2002"},
     {51932, "japanese", "EUC-JP EUC-JP-MS", "euc-jp-2007 ibm-33722_P12A_P12A-2009_U2"},
 };
 

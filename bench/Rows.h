@@ -11,8 +11,8 @@ namespace quorvel::bench {
 struct Encoding {
   int codePage;
   const char* languages;   ///< what text is measured in it, separated by spaces
-  const char* iconvNames;  ///< what glibc may call it, likeliest first
-  const char* icuNames;    ///< what ICU may call it, likeliest first
+  const char* iconvNames;  ///< what glibc calls it
+  const char* icuNames;    ///< what ICU calls it
 };
 
 /// One line of the table: a conversion of text in a language.
