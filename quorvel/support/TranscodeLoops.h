@@ -29,6 +29,7 @@ unsigned char* writeThreeBytes(unsigned int unit, unsigned char* out);
 /// The UTF-16 unit in host order at `p`, which need not be aligned.
 unsigned int loadUnit(const unsigned char* p);
 
+inline bool isSurrogate(unsigned int unit) { return (unit & 0xF800) == 0xD800; }
 inline bool isHighSurrogate(unsigned int unit) { return (unit & 0xFC00) == 0xD800; }
 inline bool isLowSurrogate(unsigned int unit) { return (unit & 0xFC00) == 0xDC00; }
 
