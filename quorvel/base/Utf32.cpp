@@ -1,6 +1,6 @@
-#include <algorithm>
 #include <cstring>
 
+#include "quorvel/base/BlockRunner.h"
 #include "quorvel/base/Utf8Sequence.h"
 #include "quorvel/base/_qvUtf.h"
 
@@ -8,16 +8,16 @@ namespace quorvel {
 
 namespace {
 
-// The transforms work in blocks, so that the room asked for ahead stays small
-// and its size far from 32 bits whatever the length of the input.
-constexpr unsigned int charactersPerBlock = 4096;
-constexpr unsigned int mostBytesPerCharacter = 4;
+void storeUtf32(char32_t value, bool bigEndian, unsigned char* out) {
+  for (unsigned int i = 0; i < 4; ++i) {
+    out[bigEndian ? 3 - i : i] = static_cast<unsigned char>(value >> 8 * i);
+  }
+}
 
-// Both give the position behind what they wrote and clear `isClean` for what
-// had to be replaced.
-unsigned char* encodeBlock(const unsigned char* in, unsigned int units, unsigned char* out,
-                           bool& isClean) {
-  for (; units; --units, in += 4) {
+// Both clear `isClean` for what they replace.
+Progress encode(const unsigned char* in, const unsigned char* end, unsigned char* out,
+                bool& isClean) {
+  for (; end - in >= 4; in += 4) {
     char32_t value = 0;
     std::memcpy(&value, in, sizeof value);
     if (!isScalarValue(value)) {
@@ -26,13 +26,21 @@ unsigned char* encodeBlock(const unsigned char* in, unsigned int units, unsigned
     }
     out = encodeUtf8(value, out);
   }
-  return out;
+  return {in, out};
 }
 
-void storeUtf32(char32_t value, bool bigEndian, unsigned char* out) {
-  for (unsigned int i = 0; i < 4; ++i) {
-    out[bigEndian ? 3 - i : i] = static_cast<unsigned char>(value >> 8 * i);
+// Starts no character at or behind `stop` and looks at none of the bytes from
+// `end` on.
+Progress decode(const unsigned char* in, const unsigned char* stop, const unsigned char* end,
+                bool bigEndian, unsigned char* out, bool& isClean) {
+  while (in < stop) {
+    const Utf8Sequence sequence = decodeUtf8(in, static_cast<std::size_t>(end - in));
+    if (!sequence.isWellFormed) isClean = false;
+    storeUtf32(sequence.isWellFormed ? sequence.codePoint : replacementCharacter, bigEndian, out);
+    in += sequence.length;
+    out += 4;
   }
+  return {in, out};
 }
 
 }  // namespace
@@ -43,16 +51,12 @@ bool _qvUtf::Utf32ToUtf8(const DataBuffer& in, DataBuffer& out) {
 }
 
 bool _qvUtf::utf32ToUtf8(const unsigned char* p, unsigned int count, DataBuffer& out) {
+  if (count == 0) return true;
   bool isClean = true;
-  while (count) {
-    const unsigned int units = std::min(count, charactersPerBlock);
-    unsigned char* room = out.growBy(units * mostBytesPerCharacter);
-    if (!room) return false;
-    out.keepWritten(static_cast<unsigned int>(encodeBlock(p, units, room, isClean) - room));
-    p += std::size_t{4} * units;
-    count -= units;
-  }
-  return isClean;
+  const auto loop = [&](const unsigned char* in, const unsigned char* stop, unsigned char* room) {
+    return encode(in, stop, room, isClean);
+  };
+  return runInBlocks(loop, p, p + std::size_t{4} * count, 2, out) && isClean;
 }
 
 bool _qvUtf::Utf8toUtf32(bool bigEndian, const DataBuffer& in, DataBuffer& out) {
@@ -60,23 +64,13 @@ bool _qvUtf::Utf8toUtf32(bool bigEndian, const DataBuffer& in, DataBuffer& out) 
 }
 
 bool _qvUtf::utf8toUtf32(bool bigEndian, const unsigned char* p, unsigned int n, DataBuffer& out) {
+  if (n == 0) return true;
   bool isClean = true;
-  while (n) {
-    const unsigned int mostCharacters = std::min(n, charactersPerBlock);
-    unsigned char* room = out.growBy(mostCharacters * mostBytesPerCharacter);
-    if (!room) return false;
-    unsigned int characters = 0;
-    for (; n && characters < mostCharacters; ++characters) {
-      const Utf8Sequence sequence = decodeUtf8(p, n);
-      isClean = isClean && sequence.isWellFormed;
-      storeUtf32(sequence.isWellFormed ? sequence.codePoint : replacementCharacter, bigEndian,
-                 room + std::size_t{4} * characters);
-      p += sequence.length;
-      n -= sequence.length;
-    }
-    out.keepWritten(characters * mostBytesPerCharacter);
-  }
-  return isClean;
+  const unsigned char* end = p + n;
+  const auto loop = [&](const unsigned char* in, const unsigned char* stop, unsigned char* room) {
+    return decode(in, stop, end, bigEndian, room, isClean);
+  };
+  return runInBlocks(loop, p, end, 8, out) && isClean;
 }
 
 }  // namespace quorvel

@@ -2,7 +2,7 @@
 // TableLoops.cpp map what has a mapping, the members here decide about the rest.
 
 #include "quorvel/base/LogContextExitor.h"
-#include "quorvel/support/BlockRunner.h"
+#include "quorvel/base/BlockRunner.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/TableLoops.h"

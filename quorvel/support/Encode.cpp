@@ -5,7 +5,7 @@
 
 #include "quorvel/base/LogContextExitor.h"
 #include "quorvel/base/qvHelpers.h"
-#include "quorvel/support/BlockRunner.h"
+#include "quorvel/base/BlockRunner.h"
 #include "quorvel/support/CodePageNumbers.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"

@@ -129,19 +129,18 @@ bool reserve(DataBuffer& buffer, unsigned int numBytes, unsigned int halves, uns
 }
 
 bool reserveForUtf16(DataBuffer& out, const Source& source) {
-  return reserve(out, source.numBytes, 4, 0);
-}
-
-bool reservePivot(DataBuffer& pivot, const Source& source) {
-  return reserve(pivot, source.numBytes, 4, 4);
+  return reserve(out, source.numBytes, 4, 4);
 }
 
 bool reserveForUtf32(DataBuffer& out, const Source& source) {
   return reserve(out, source.numBytes, 8, 0);
 }
 
+// Beyond what ASCII needs, the loops look for room for the worst that a block of
+// text can become; short text then has it from the start.
 bool reserveFromUtf16(DataBuffer& out, unsigned int numBytes) {
-  return reserve(out, numBytes, 1, 4);
+  constexpr unsigned int mostExtra = 65536;
+  return reserve(out, numBytes, 1, std::min(numBytes, mostExtra) + 4);
 }
 
 // The two marker flags are always written together.
@@ -197,7 +196,7 @@ bool pivotFromUtf8(EncodingConvert& converter, int toCodePage, const Source& sou
   logStep(log, "Converting from utf-8 using utf-16 as a pivot table...");
   emitMarkers(converter);
   DataBuffer pivot;
-  reservePivot(pivot, source);
+  reserveForUtf16(pivot, source);
   if (!converter.cv_utf8_to_utf16(source.data, source.numBytes, pivot, log)) return false;
   honorMarkers(converter);
   reserveFromUtf16(out, pivot.getSize());
@@ -211,7 +210,7 @@ bool pivotToUtf8(EncodingConvert& converter, const Source& source, DataBuffer& o
   logStep(log, "Converting to utf-8 using utf-16 as a pivot table...");
   emitMarkers(converter);
   DataBuffer pivot;
-  if (!reservePivot(pivot, source)) return false;
+  if (!reserveForUtf16(pivot, source)) return false;
   if (!converter.convertToUnicodeHC(source.codePage, source.data, source.numBytes, pivot, log)) {
     if (log.m_verboseLogging) log.logError("convertToUnicodeHC failed.");
     return false;
@@ -233,7 +232,7 @@ bool pivotBetweenTables(EncodingConvert& converter, int toCodePage, const Source
   logStep(log, "Converting by using utf-16 as a pivot table...");
   emitMarkers(converter);
   DataBuffer pivot;
-  if (!reservePivot(pivot, source)) return false;
+  if (!reserveForUtf16(pivot, source)) return false;
   if (!converter.convertToUnicodeHC(source.codePage, source.data, source.numBytes, pivot, log)) {
     return false;
   }

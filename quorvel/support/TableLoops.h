@@ -2,7 +2,7 @@
 
 #include "quorvel/base/HashConvert.h"
 #include "quorvel/base/UnicodeLookup.h"
-#include "quorvel/support/Progress.h"
+#include "quorvel/base/Progress.h"
 #include "quorvel/support/TableIndex.h"
 
 namespace quorvel {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quorvel/support/Progress.h"
+#include "quorvel/base/Progress.h"
 
 namespace quorvel {
 
