@@ -40,4 +40,11 @@ inline void widenRun(const unsigned char* in, unsigned char* out) {
   std::memcpy(out, units, sizeof units);
 }
 
+inline constexpr std::uint64_t inEachUnit = 0x0001000100010001U;
+
+/// Whether one of four units is zero: only then a unit's borrow reaches its sign.
+inline bool hasZeroUnit(std::uint64_t units) {
+  return ((units - inEachUnit) & ~units & 0x8000 * inEachUnit) != 0;
+}
+
 }  // namespace quorvel

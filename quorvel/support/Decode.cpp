@@ -1,8 +1,8 @@
 // Decoding of the table-driven code pages to UTF-16LE: the loops of
 // TableLoops.cpp map what has a mapping, the members here decide about the rest.
 
-#include "quorvel/base/LogContextExitor.h"
 #include "quorvel/base/BlockRunner.h"
+#include "quorvel/base/LogContextExitor.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/TableLoops.h"
@@ -13,18 +13,18 @@ namespace quorvel {
 namespace {
 
 // Decodes multibyte text. A lone byte at the very end is a single-byte error,
-// anything before it one of unknown extent. The result tells whether memory
-// sufficed.
+// anything before it one of unknown extent. A character takes at most `mostBytes`
+// bytes. The result tells whether memory sufficed.
 template <typename Table>
-bool decodeText(EncodingConvert& converter, const Table& table, const unsigned char* in,
-                unsigned int inLen, DataBuffer& out, LogBase& log) {
+bool decodeText(EncodingConvert& converter, const Table& table, unsigned int mostBytes,
+                const unsigned char* in, unsigned int inLen, DataBuffer& out, LogBase& log) {
   const unsigned char* end = in + inLen;
   const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
     return decodeMultiBytes(table, from, stop, end, room);
   };
   bool isPerfect = true;
   for (;;) {
-    in = runInBlocks(loop, in, end, 2 * table.mostBytes, out);
+    in = runInBlocks(loop, in, end, 2 * mostBytes, out);
     if (!in) return false;
     if (in == end) break;
     isPerfect = false;
@@ -63,7 +63,7 @@ bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* 
       isRouted(fromCodePage) ? tableRegistry::toUnicode(fromCodePage) : nullptr;
   if (!table) return false;
   if (table->lookup) return convertToUnicodeByLookup(*table->lookup, in, inLen, out, log);
-  return decodeText(*this, IndexedTable{*table->hash, *table->index}, in, inLen, out, log);
+  return decodeText(*this, *table->pairs, 2, in, inLen, out, log);
 }
 
 bool EncodingConvert::convertToUnicodeByLookup(UnicodeLookup& lookup, const unsigned char* in,
@@ -91,7 +91,7 @@ bool EncodingConvert::convertToUnicodeHCVar(HashConvert* hc, const unsigned char
     return false;
   }
   if (!in || inLen == 0) return true;
-  return decodeText(*this, ProbedTable{*hc}, in, inLen, out, log);
+  return decodeText(*this, *hc, HashConvert::mostValueBytes, in, inLen, out, log);
 }
 
 }  // namespace quorvel

@@ -3,9 +3,9 @@
 
 #include <memory>
 
+#include "quorvel/base/BlockRunner.h"
 #include "quorvel/base/LogContextExitor.h"
 #include "quorvel/base/qvHelpers.h"
-#include "quorvel/base/BlockRunner.h"
 #include "quorvel/support/CodePageNumbers.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
@@ -68,16 +68,19 @@ void handleUnmapped(EncodingConvert& converter, const unsigned char* unit, DataB
   }
 }
 
-template <typename Table>
-bool encodeText(EncodingConvert& converter, const Table& table, const unsigned char* in,
-                unsigned int inLen, DataBuffer& out, LogBase& log) {
+// `fast` is the table itself or an index of it, with codes of at most `mostBytes`
+// bytes.
+template <typename Fast>
+bool encodeText(EncodingConvert& converter, const HashConvert& table, const Fast& fast,
+                unsigned int mostBytes, const unsigned char* in, unsigned int inLen,
+                DataBuffer& out, LogBase& log) {
   if (inLen < 2) return false;
   const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return encodeUnits(table, from, stop, room);
+    return encodeUnits(fast, from, stop, room);
   };
   bool isWhole = true;
   for (const unsigned char* end = in + (inLen & ~1U);;) {
-    in = runInBlocks(loop, in, end, table.mostBytes, out);
+    in = runInBlocks(loop, in, end, mostBytes, out);
     if (!in) return false;
     if (end - in < 2) return isWhole;
     // The flag is asked anew for every unit: a nested conversion may clear it.
@@ -86,7 +89,7 @@ bool encodeText(EncodingConvert& converter, const Table& table, const unsigned c
       if (!in) return false;
       continue;
     }
-    unsigned char bytes[Table::mostBytes];
+    unsigned char bytes[HashConvert::mostValueBytes];
     const Progress progress = encodeOneUnit(table, in, bytes);
     if (progress.in != in) {
       if (!out.append(bytes, static_cast<unsigned int>(progress.out - bytes))) return false;
@@ -141,14 +144,17 @@ bool EncodingConvert::convertFromUnicodeHC(int toCodePage, const unsigned char* 
     if (!rewritten) return false;
     in = rewritten.get();
   }
-  return encodeText(*this, IndexedTable{*table->hash, *table->index}, in, inLen, out, log);
+  if (table->bytes) {
+    return encodeText(*this, *table->hash, *table->bytes, 1, in, inLen, out, log);
+  }
+  return encodeText(*this, *table->hash, *table->codes, 2, in, inLen, out, log);
 }
 
 bool EncodingConvert::convertFromUnicodeHC2(HashConvert* table, const unsigned char* in,
                                             unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!table) return false;
   if (!in || inLen == 0) return true;
-  return encodeText(*this, ProbedTable{*table}, in, inLen, out, log);
+  return encodeText(*this, *table, *table, HashConvert::mostValueBytes, in, inLen, out, log);
 }
 
 }  // namespace quorvel

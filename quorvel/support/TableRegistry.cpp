@@ -60,11 +60,16 @@ std::unique_ptr<FromUnicodeTable> buildFromUnicode(int codePage, const CodePage&
                                                    LogBase& log) {
   std::unique_ptr<FromUnicodeTable> table(new (std::nothrow) FromUnicodeTable);
   if (!table) return nullptr;
-  const int buckets =
-      owner.kind == CodePageKind::SingleByte ? singleByteBuckets : owner.table.buckets;
-  table->hash = buildTable(codePage, owner.table, buckets, true, log);
-  if (table->hash) table->index = TableIndex::ofUnits(*table->hash);
-  if (!table->index) return nullptr;
+  const bool isSingleByte = owner.kind == CodePageKind::SingleByte;
+  table->hash = buildTable(codePage, owner.table,
+                           isSingleByte ? singleByteBuckets : owner.table.buckets, true, log);
+  if (!table->hash) return nullptr;
+  if (isSingleByte) {
+    table->bytes = ByteIndex::of(*table->hash);
+  } else {
+    table->codes = CodeIndex::of(*table->hash);
+  }
+  if (!table->bytes && !table->codes) return nullptr;
   return table;
 }
 
@@ -95,8 +100,8 @@ std::unique_ptr<ToUnicodeTable> buildToUnicode(int codePage, const CodePage& own
   table->hash = owner.table.changes
                     ? reverseOf(codePage, owner, log)
                     : buildTable(codePage, owner.table, owner.table.buckets, false, log);
-  if (table->hash) table->index = TableIndex::ofPairs(*table->hash);
-  if (!table->index) return nullptr;
+  if (table->hash) table->pairs = PairIndex::of(*table->hash);
+  if (!table->pairs) return nullptr;
   return table;
 }
 

@@ -14,13 +14,14 @@ namespace quorvel {
 struct ToUnicodeTable {
   std::unique_ptr<UnicodeLookup> lookup;
   std::unique_ptr<HashConvert> hash;
-  std::unique_ptr<TableIndex> index;
+  std::unique_ptr<PairIndex> pairs;
 };
 
-/// What one code page is encoded with.
+/// What one code page is encoded with: a table and the index of its kind.
 struct FromUnicodeTable {
   std::unique_ptr<HashConvert> hash;
-  std::unique_ptr<TableIndex> index;
+  std::unique_ptr<ByteIndex> bytes;
+  std::unique_ptr<CodeIndex> codes;
 };
 
 /// The process-wide tables. Each is built on first use, by whoever comes first,

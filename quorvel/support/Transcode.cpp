@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <limits>
 
+#include "quorvel/base/BlockRunner.h"
 #include "quorvel/base/LogContextExitor.h"
 #include "quorvel/base/Utf8Sequence.h"
 #include "quorvel/base/_qvUtf.h"
-#include "quorvel/base/BlockRunner.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/PassthroughMarker.h"
 #include "quorvel/support/TranscodeLoops.h"

@@ -100,13 +100,6 @@ Progress decodeOne(const unsigned char* in, const unsigned char* end, unsigned c
   return {in + sequence.length, out};
 }
 
-constexpr std::uint64_t inEachUnit = 0x0001000100010001U;
-
-// Whether one of four units is zero: only then a unit's borrow reaches its sign.
-bool hasZeroUnit(std::uint64_t units) {
-  return ((units - inEachUnit) & ~units & 0x8000 * inEachUnit) != 0;
-}
-
 bool areAscii(std::uint64_t units) { return (units & 0xFF80 * inEachUnit) == 0; }
 
 // What no run takes: U+0000 goes, a low surrogate without a high one in front is
