@@ -76,11 +76,15 @@ unsigned char* putCode(unsigned int code, unsigned char* out) {
 
 Progress decodeSingleBytes(const UnicodeLookup& lookup, const unsigned char* in,
                            const unsigned char* end, unsigned char* out) {
+  // The unit of the byte 00 is not to be used, so that it must stop the fours.
+  const bool hasNoZero = lookup.m_units[0] == 0;
   while (in != end) {
-    const Progress progress = decodeFours(lookup, in, end, out);
-    in = progress.in;
-    out = progress.out;
-    if (in == end) break;
+    if (hasNoZero) {
+      const Progress progress = decodeFours(lookup, in, end, out);
+      in = progress.in;
+      out = progress.out;
+      if (in == end) break;
+    }
     const unsigned int unit = lookup.m_units[*in];
     if (*in != 0 && unit == 0) break;
     out = putUnit(*in != 0 ? unit : 0, out);
