@@ -21,9 +21,9 @@ std::vector<std::string> documentedRows() {
   std::ifstream document(QUORVEL_DOCS_DIR "/code-pages.md");
   std::string heading;
   for (std::string line; std::getline(document, line);) {
-    if (line.starts_with("## ")) heading = line.substr(3);
+    if (line.starts_with("## ")) heading = line.substr(3) + ' ';
     if (line.starts_with("| ") && line[2] >= '0' && line[2] <= '9') {
-      rows.push_back(heading + ' ' + line);
+      rows.push_back(heading + line);
     }
   }
   return rows;

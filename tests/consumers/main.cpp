@@ -29,10 +29,10 @@ bool convertAndPrint(std::string_view text) {
   quorvel::TextLog log(lines);
   log.m_verboseLogging = true;
   quorvel::DataBuffer out;
-  const bool converted = converter.EncConvert(
-      quorvel::CharsetNaming::GetCodePage("UTF-8"), quorvel::CharsetNaming::GetCodePage("UTF-16LE"),
-      reinterpret_cast<const unsigned char*>(text.data()), static_cast<unsigned int>(text.size()),
-      out, log);
+  const bool converted = converter.EncConvert(quorvel::CharsetNaming::GetCodePage("UTF-8"),
+                                              quorvel::CharsetNaming::GetCodePage("UTF-16LE"),
+                                              reinterpret_cast<const unsigned char*>(text.data()),
+                                              static_cast<unsigned int>(text.size()), out, log);
   for (unsigned int i = 0; i < out.getSize(); ++i) {
     std::printf("%02X%c", *out.getDataAt2(i), i + 1 < out.getSize() ? ' ' : '\n');
   }
