@@ -1,6 +1,6 @@
-// The direct transcoders between UTF-8 and UTF-16: the loops of
-// TranscodeLoops.cpp move the bytes, the members here decide what happens at
-// the places where a loop stops.
+// The direct transcoders between UTF-8 and UTF-16: the loops of kernel/Utf.h
+// move the bytes, the members here decide what happens at the places where a
+// loop stops.
 
 #include <algorithm>
 #include <limits>
@@ -11,7 +11,8 @@
 #include "quorvel/base/_qvUtf.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/PassthroughMarker.h"
-#include "quorvel/support/TranscodeLoops.h"
+#include "quorvel/support/Utf16Unit.h"
+#include "quorvel/support/kernel/Target.h"
 
 namespace quorvel {
 
@@ -50,7 +51,7 @@ bool EncodingConvert::cv_utf8_to_utf16(const unsigned char* data, unsigned int n
   const LogContextExitor context(log, "cv_utf8_to_utf16", log.m_verboseLogging);
   const unsigned char* end = data + numBytes;
   for (const unsigned char* in = data;;) {
-    in = runInBlocks(utf8ToUtf16, in, end, mostUtf16Bytes, out);
+    in = runInBlocks(kernel::utf().utf8ToUtf16, in, end, mostUtf16Bytes, out);
     if (!in) return false;
     if (in == end) return true;
     if (log.m_verboseLogging) {
@@ -71,7 +72,9 @@ bool EncodingConvert::cv_utf16_to_utf8(const unsigned char* data, unsigned int n
   if (!data || numBytes == 0) return true;
   const LogContextExitor context(log, "convertFromUnicode", log.m_verboseLogging);
   const bool isEven = numBytes % 2 == 0;
-  const auto loop = g_allow_4byte_utf8 && m_allow4ByteUtf8 ? utf16ToUtf8 : utf16ToUtf8WithoutPairs;
+  kernel::Loop* loop = g_allow_4byte_utf8 && m_allow4ByteUtf8
+                           ? kernel::utf().utf16ToUtf8
+                           : kernel::utf().utf16ToUtf8WithoutPairs;
   const unsigned char* end = data + (numBytes & ~1U);
   for (const unsigned char* in = data;;) {
     // Raw bytes may leave an odd number behind them: half a unit ends the text.

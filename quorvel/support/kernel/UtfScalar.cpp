@@ -1,6 +1,3 @@
-#include "quorvel/support/TranscodeLoops.h"
-
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
@@ -8,8 +5,10 @@
 #include "quorvel/base/Utf8Sequence.h"
 #include "quorvel/support/AsciiRun.h"
 #include "quorvel/support/PassthroughMarker.h"
+#include "quorvel/support/Utf16Unit.h"
+#include "quorvel/support/kernel/Utf.h"
 
-namespace quorvel {
+namespace quorvel::kernel::scalar {
 
 namespace {
 
@@ -187,18 +186,4 @@ Progress utf16ToUtf8WithoutPairs(const unsigned char* in, const unsigned char* e
   return encodeUnits<false>(in, end, out);
 }
 
-// The form that UTF-8 has for U+0800 to U+FFFF, without asking what the unit is.
-unsigned char* writeThreeBytes(unsigned int unit, unsigned char* out) {
-  *out++ = static_cast<unsigned char>(0xE0 | unit >> 12);
-  *out++ = static_cast<unsigned char>(0x80 | (unit >> 6 & 0x3F));
-  *out++ = static_cast<unsigned char>(0x80 | (unit & 0x3F));
-  return out;
-}
-
-unsigned int loadUnit(const unsigned char* p) {
-  unsigned short unit = 0;
-  std::memcpy(&unit, p, sizeof unit);
-  return unit;
-}
-
-}  // namespace quorvel
+}  // namespace quorvel::kernel::scalar

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstring>
+
+namespace quorvel {
+
+inline bool isSurrogate(unsigned int unit) { return (unit & 0xF800) == 0xD800; }
+inline bool isHighSurrogate(unsigned int unit) { return (unit & 0xFC00) == 0xD800; }
+inline bool isLowSurrogate(unsigned int unit) { return (unit & 0xFC00) == 0xDC00; }
+
+/// The UTF-16 unit in host order at `p`, which need not be aligned.
+inline unsigned int loadUnit(const unsigned char* p) {
+  unsigned short unit = 0;
+  std::memcpy(&unit, p, sizeof unit);
+  return unit;
+}
+
+/// Writes any UTF-16 unit, a surrogate too, as a UTF-8 style sequence of three
+/// bytes, the form of U+0800 to U+FFFF, and returns the position behind it.
+inline unsigned char* writeThreeBytes(unsigned int unit, unsigned char* out) {
+  *out++ = static_cast<unsigned char>(0xE0 | unit >> 12);
+  *out++ = static_cast<unsigned char>(0x80 | (unit >> 6 & 0x3F));
+  *out++ = static_cast<unsigned char>(0x80 | (unit & 0x3F));
+  return out;
+}
+
+}  // namespace quorvel

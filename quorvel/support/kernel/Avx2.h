@@ -1,0 +1,51 @@
+#pragma once
+
+#include <immintrin.h>
+
+#include "quorvel/support/kernel/Utf.h"
+
+/// What the AVX2 kernels share. Everything here has internal linkage: a copy
+/// made with AVX2 must never be the one that the linker keeps for all.
+namespace quorvel::kernel::avx2 {
+namespace {
+
+/// Shorter texts go to the scalar loops at once: they are done before vectors
+/// have been set up.
+constexpr int leastBytes = 64;
+
+inline __m256i load(const unsigned char* p) {
+  return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+}
+
+inline void store(__m256i bytes, unsigned char* p) {
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), bytes);
+}
+
+inline void store(__m128i bytes, unsigned char* p) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), bytes);
+}
+
+inline __m256i everyByte(int value) { return _mm256_set1_epi8(static_cast<char>(value)); }
+
+/// Bit i is the highest bit of byte i.
+inline unsigned int highBits(__m256i bytes) {
+  return static_cast<unsigned int>(_mm256_movemask_epi8(bytes));
+}
+
+/// Shuffles of 16 bytes, one for each number that eight bits of a mask can be.
+struct Shuffles {
+  alignas(16) unsigned char rows[256][16];
+
+  __m128i operator[](unsigned int index) const {
+    return _mm_load_si128(reinterpret_cast<const __m128i*>(rows[index]));
+  }
+};
+
+/// In a shuffle: put a zero here.
+constexpr unsigned char nothing = 0x80;
+
+inline __m128i lowHalf(__m256i bytes) { return _mm256_castsi256_si128(bytes); }
+inline __m128i highHalf(__m256i bytes) { return _mm256_extracti128_si256(bytes, 1); }
+
+}  // namespace
+}  // namespace quorvel::kernel::avx2

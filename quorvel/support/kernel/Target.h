@@ -1,0 +1,26 @@
+#pragma once
+
+#include "quorvel/support/kernel/Utf.h"
+
+namespace quorvel::kernel {
+
+/// The instruction sets that kernels are written for, the plainest first.
+enum class Target { scalar, avx2 };
+
+inline constexpr Target allTargets[] = {Target::scalar, Target::avx2};
+
+/// Whether this build has the kernels of `target` and this machine can run them.
+bool canRun(Target target);
+
+/// The best that the machine can run, or what `setTarget` said last.
+Target currentTarget();
+
+/// For tests and measurements; `target` must be one that can be run. Conversions
+/// under way in other threads may end on the target that they began on.
+void setTarget(Target target);
+
+/// The loops of one target, and of the current one.
+const Utf& utfOf(Target target);
+inline const Utf& utf() { return utfOf(currentTarget()); }
+
+}  // namespace quorvel::kernel

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tests/reference/Utf8Reference.h"
+
+/// UTF-8 to UTF-16 and back one character at a time, up to where a kernel must
+/// stop.
+namespace quorvel::reference {
+
+struct Transcoded {
+  std::string bytes;
+  std::size_t consumed;
+  bool operator==(const Transcoded&) const = default;
+};
+
+inline std::string unitBytes(unsigned int unit) {
+  const auto value = static_cast<char16_t>(unit);
+  return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+
+inline std::string utf16Of(char32_t value) {
+  if (value < 0x10000) return unitBytes(value);
+  return unitBytes(0xD800 + (value - 0x10000) / 0x400) +
+         unitBytes(0xDC00 + (value - 0x10000) % 0x400);
+}
+
+inline Transcoded utf8ToUtf16(std::string_view text) {
+  Transcoded result{};
+  while (result.consumed < text.size()) {
+    const Utf8Step step = utf8Step(text.substr(result.consumed));
+    if (!step.wellFormed) break;
+    result.bytes += utf16Of(step.codePoint);
+    result.consumed += step.consumed;
+  }
+  return result;
+}
+
+enum class Pairs { joined, left };
+
+inline Transcoded utf16ToUtf8(std::string_view text, Pairs pairs) {
+  const auto unitAt = [&](std::size_t at) {
+    char16_t unit = 0;
+    if (at + 2 <= text.size()) text.copy(reinterpret_cast<char*>(&unit), sizeof unit, at);
+    return unit;
+  };
+  const auto isHigh = [](char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; };
+  const auto isLow = [](char16_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; };
+  Transcoded result{};
+  while (result.consumed < text.size()) {
+    const char16_t unit = unitAt(result.consumed);
+    if (unit == 0xFDEF) break;
+    if (isHigh(unit)) {
+      const char16_t next = unitAt(result.consumed + 2);
+      if (pairs == Pairs::left || !isLow(next)) break;
+      result.bytes += encodeUtf8(0x10000 + (unit - 0xD800U) * 0x400 + (next - 0xDC00U));
+      result.consumed += 4;
+    } else {
+      if (unit != 0) result.bytes += encodeUtf8(unit);
+      result.consumed += 2;
+    }
+  }
+  return result;
+}
+
+}  // namespace quorvel::reference
