@@ -7,11 +7,11 @@
 /// What the AVX2 kernels share. Everything here has internal linkage: a copy
 /// made with AVX2 must never be the one that the linker keeps for all.
 namespace quorvel::kernel::avx2 {
-namespace {
+namespace {  // NOLINT(cert-dcl59-cpp)
 
 /// Shorter texts go to the scalar loops at once: they are done before vectors
 /// have been set up.
-constexpr int leastBytes = 64;
+inline constexpr int leastBytes = 64;
 
 inline __m256i load(const unsigned char* p) {
   return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
@@ -42,7 +42,7 @@ struct Shuffles {
 };
 
 /// In a shuffle: put a zero here.
-constexpr unsigned char nothing = 0x80;
+inline constexpr unsigned char nothing = 0x80;
 
 inline __m128i lowHalf(__m256i bytes) { return _mm256_castsi256_si128(bytes); }
 inline __m128i highHalf(__m256i bytes) { return _mm256_extracti128_si256(bytes, 1); }
