@@ -9,9 +9,10 @@ namespace {
 
 constexpr const char* usage =
     "usage: quorvel_bench [--rows=REGEX] [--bytes=N] [--repetitions=N] [--seconds=S]\n"
-    "                     [--at-least=RATIO] [--markdown=FILE] [--csv=FILE]\n"
+    "                     [--at-least=RATIO] [--target=NAME] [--markdown=FILE] [--csv=FILE]\n"
     "A row is named like \"932 to 65001, japanese\". With --at-least the exit status is 1\n"
-    "when a row is not that many times as fast as glibc's iconv.";
+    "when a row is not that many times as fast as glibc's iconv. --target says which of\n"
+    "our kernels are measured: scalar, avx2.";
 
 void setOption(std::string_view name, const std::string& value, Options& options) {
   if (name == "--rows") {
@@ -24,6 +25,8 @@ void setOption(std::string_view name, const std::string& value, Options& options
     options.seconds = std::stod(value);
   } else if (name == "--at-least") {
     options.atLeast = std::stod(value);
+  } else if (name == "--target") {
+    options.target = value;
   } else if (name == "--markdown") {
     options.markdown = value;
   } else if (name == "--csv") {

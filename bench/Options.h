@@ -11,6 +11,7 @@ struct Options {
   int repetitions = 11;
   double seconds = 0.02;  ///< of each measurement, at least
   double atLeast = 0;     ///< the ratio to glibc that every row must reach
+  std::string target;     ///< of the kernels, the machine's best when empty
   std::string markdown;   ///< file to write, none when empty
   std::string csv;        ///< file to write, none when empty
 };

@@ -14,10 +14,20 @@
 #include "Options.h"
 #include "Report.h"
 #include "Rows.h"
+#include "quorvel/support/kernel/Target.h"
 
 namespace {
 
 using namespace quorvel::bench;
+namespace kernel = quorvel::kernel;
+
+void chooseTarget(const std::string& name) {
+  if (name.empty()) return;
+  for (const kernel::Target target : kernel::allTargets) {
+    if (name == kernel::nameOf(target) && kernel::canRun(target)) return kernel::setTarget(target);
+  }
+  throw std::runtime_error("no kernels are called that here: " + name);
+}
 
 std::vector<Result> measureRows(const Options& options) {
   const std::regex wanted(options.rows);
@@ -55,10 +65,13 @@ bool reachGoal(const std::vector<Result>& results, double goal) {
 
 int main(int argc, char** argv) try {
   const Options options = parseOptions(argc, argv);
+  chooseTarget(options.target);
   setUpMeasuring(argv[0], options.seconds);
   const std::vector<Result> results = measureRows(options);
   if (results.empty()) throw std::runtime_error("no row is called that");
-  const std::string table = describeMachine() + "\n\n" + asMarkdown(results);
+  const std::string table = describeMachine() +
+                            "; kernels: " + kernel::nameOf(kernel::currentTarget()) + "\n\n" +
+                            asMarkdown(results);
   std::cout << table;
   write(options.markdown, table);
   write(options.csv, asCsv(results));

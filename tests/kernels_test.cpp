@@ -206,7 +206,7 @@ std::vector<std::string> awkwardUnits() {
 }
 
 std::string targetName(const testing::TestParamInfo<Target>& info) {
-  return info.param == Target::scalar ? "Scalar" : "Avx2";
+  return kernel::nameOf(info.param);
 }
 
 INSTANTIATE_TEST_SUITE_P(EachTarget, Kernels, testing::ValuesIn(kernel::allTargets), targetName);

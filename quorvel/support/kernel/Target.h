@@ -9,6 +9,8 @@ enum class Target { scalar, avx2 };
 
 inline constexpr Target allTargets[] = {Target::scalar, Target::avx2};
 
+constexpr const char* nameOf(Target target) { return target == Target::scalar ? "scalar" : "avx2"; }
+
 /// Whether this build has the kernels of `target` and this machine can run them.
 bool canRun(Target target);
 
