@@ -22,7 +22,6 @@ using reference::Pairs;
 using reference::Transcoded;
 using reference::utf16Of;
 using test_bytes::hex;
-using test_bytes::unsignedBytes;
 
 enum class Edge { front, back };
 constexpr Edge edges[] = {Edge::front, Edge::back};
@@ -115,7 +114,7 @@ class Kernels : public testing::TestWithParam<Target> {
             static_cast<std::size_t>(progress.in - in)};
   }
 
-  static constexpr std::size_t most = 5u << 20;
+  static constexpr std::size_t most = 5U << 20;
   FencedBytes m_in{most};
   FencedBytes m_out{2 * most};
 };
@@ -252,7 +251,7 @@ TEST_P(Kernels, FindEachIllFormedSequenceAtEachPlaceOfABlock) {
         const std::string after = inUtf8(U"\u0436\u0436\u0436\u0436") + std::string(100, 'z');
         ASSERT_TRUE(agreesThroughout(fromUtf8, before + bad + after)) << row.name;
         ASSERT_TRUE(agrees(fromUtf8, before + bad)) << row.name;
-        before = std::string(static_cast<std::size_t>(count % 5), 'x') + before;
+        before.insert(0, static_cast<std::size_t>(count % 5), 'x');
         before += inUtf8(filler);
         if (before.size() > 200) break;
       }

@@ -4,10 +4,10 @@
 
 #include "quorvel/support/kernel/Utf.h"
 
-/// What the AVX2 kernels share. Everything here has internal linkage: a copy
-/// made with AVX2 must never be the one that the linker keeps for all.
+/// What the AVX2 kernels share. Only their files include this, and they include
+/// no inline function that others use: a copy of it made with AVX2 might be the
+/// one that the linker keeps for all.
 namespace quorvel::kernel::avx2 {
-namespace {  // NOLINT(cert-dcl59-cpp)
 
 /// Shorter texts go to the scalar loops at once: they are done before vectors
 /// have been set up.
@@ -47,5 +47,4 @@ inline constexpr unsigned char nothing = 0x80;
 inline __m128i lowHalf(__m256i bytes) { return _mm256_castsi256_si128(bytes); }
 inline __m128i highHalf(__m256i bytes) { return _mm256_extracti128_si256(bytes, 1); }
 
-}  // namespace
 }  // namespace quorvel::kernel::avx2

@@ -2,6 +2,8 @@
 // need, in fixed places, and shuffles drop those that it does not. What only a
 // step by step can judge goes to the scalar loops, sixteen units at most.
 
+#include <cstddef>
+
 #include "quorvel/support/PassthroughMarker.h"
 #include "quorvel/support/kernel/Avx2.h"
 
@@ -9,11 +11,11 @@ namespace quorvel::kernel::avx2 {
 
 namespace {
 
-constexpr int blockLength = 32;
+constexpr std::ptrdiff_t blockLength = 32;
 
 // A shuffle's store writes sixteen bytes where four units promise room for
 // twelve; with two more units behind the block there is room for that.
-constexpr int spareLength = 4;
+constexpr std::ptrdiff_t spareLength = 4;
 
 inline __m256i everyUnit(unsigned int value) {
   return _mm256_set1_epi16(static_cast<short>(value));
@@ -50,7 +52,7 @@ inline unsigned char* storeShuffled(__m128i bytes, __m128i shuffle, int length,
 
 // ASCII alone, without U+0000.
 
-constexpr int asciiLength = 2 * blockLength;
+constexpr std::ptrdiff_t asciiLength = 2 * blockLength;
 
 // Writes the ASCII of 32 units, or nothing if something else is among them.
 inline bool narrowBlock(const unsigned char* in, unsigned char* out) {

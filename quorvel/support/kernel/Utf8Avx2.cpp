@@ -7,17 +7,19 @@
 // Eight positions give at most eight units, the sixteen bytes that one store
 // writes, so stores stay inside two bytes of room for each byte of input.
 
+#include <cstddef>
+
 #include "quorvel/support/kernel/Avx2.h"
 
 namespace quorvel::kernel::avx2 {
 
 namespace {
 
-constexpr int blockLength = 64;
-constexpr int halfLength = blockLength / 2;
+constexpr std::ptrdiff_t blockLength = 64;
+constexpr std::ptrdiff_t halfLength = blockLength / 2;
 
 // The most bytes in front of a position that its unit is made of.
-constexpr int bytesBehind = 3;
+constexpr std::ptrdiff_t bytesBehind = 3;
 
 // Moves the 16-bit units whose bits are set to the front.
 constexpr Shuffles makeKeepers() {
@@ -126,7 +128,7 @@ inline Half decodeHalf(const unsigned char* p) {
 inline unsigned char* storeKept(__m128i units, unsigned int kept, unsigned char* out) {
   kept &= 0xFF;
   store(_mm_shuffle_epi8(units, keepers[kept]), out);
-  return out + 2 * _mm_popcnt_u32(kept);
+  return out + std::ptrdiff_t{2} * _mm_popcnt_u32(kept);
 }
 
 inline unsigned char* storeHalf(const Half& half, unsigned char* out) {
@@ -157,7 +159,7 @@ inline bool mayHaveFours(const unsigned char* p) {
 }
 
 inline void widenBlock(const unsigned char* p, unsigned char* out) {
-  for (int i = 0; i < blockLength; i += 16) {
+  for (std::ptrdiff_t i = 0; i < blockLength; i += 16) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
     store(_mm256_cvtepu8_epi16(bytes), out + 2 * i);
   }

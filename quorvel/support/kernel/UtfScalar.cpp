@@ -162,7 +162,7 @@ Progress utf8ToUtf16(const unsigned char* in, const unsigned char* end, unsigned
       const unsigned int count = countAscii(in);
       widenRun(in, out);
       in += count;
-      out += 2 * count;
+      out += std::size_t{2} * count;
     }
     Progress progress = decodeTwos(in, end, out);
     progress = decodeThrees(progress.in, end, progress.out);
