@@ -5,16 +5,11 @@
 
 #include "quorvel/support/AsciiRun.h"
 #include "quorvel/support/TableLoops.h"
+#include "quorvel/support/Utf16Unit.h"
 
 namespace quorvel {
 
 namespace {
-
-unsigned char* putUnit(unsigned int unit, unsigned char* out) {
-  out[0] = static_cast<unsigned char>(unit);
-  out[1] = static_cast<unsigned char>(unit >> 8);
-  return out + 2;
-}
 
 // The first in the lowest bits.
 unsigned char* putFourUnits(std::uint64_t units, unsigned char* out) {

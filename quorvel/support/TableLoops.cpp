@@ -5,15 +5,11 @@
 
 #include <algorithm>
 
+#include "quorvel/support/Utf16Unit.h"
+
 namespace quorvel {
 
 namespace {
-
-unsigned char* putUnit(unsigned int unit, unsigned char* out) {
-  *out++ = static_cast<unsigned char>(unit);
-  *out++ = static_cast<unsigned char>(unit >> 8);
-  return out;
-}
 
 // The answer to one look-up: bytes written at `out`, or how many there are not.
 // Zero means no mapping, a negative length a key that is skipped without a word.

@@ -15,6 +15,14 @@ inline unsigned int loadUnit(const unsigned char* p) {
   return unit;
 }
 
+/// Writes `unit` low byte first, whatever the host, and returns the position
+/// behind it.
+inline unsigned char* putUnit(unsigned int unit, unsigned char* out) {
+  out[0] = static_cast<unsigned char>(unit);
+  out[1] = static_cast<unsigned char>(unit >> 8);
+  return out + 2;
+}
+
 /// Writes any UTF-16 unit, a surrogate too, as a UTF-8 style sequence of three
 /// bytes, the form of U+0800 to U+FFFF, and returns the position behind it.
 inline unsigned char* writeThreeBytes(unsigned int unit, unsigned char* out) {
