@@ -14,7 +14,7 @@
 #include "Options.h"
 #include "Report.h"
 #include "Rows.h"
-#include "quorvel/support/kernel/Target.h"
+#include "quorvel/base/kernel/Target.h"
 
 namespace {
 

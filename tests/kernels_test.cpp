@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/support/kernel/Target.h"
+#include "quorvel/base/kernel/Target.h"
 #include "tests/helpers/Bytes.h"
 #include "tests/helpers/Memory.h"
 #include "tests/reference/TranscodeReference.h"

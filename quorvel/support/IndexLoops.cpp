@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include "quorvel/support/AsciiRun.h"
+#include "quorvel/base/Utf16Unit.h"
+#include "quorvel/base/kernel/AsciiRun.h"
 #include "quorvel/support/TableLoops.h"
-#include "quorvel/support/Utf16Unit.h"
 
 namespace quorvel {
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "quorvel/base/DataBuffer.h"
+#include "quorvel/base/kernel/Utf.h"
 
 namespace quorvel {
 
@@ -14,7 +15,7 @@ inline constexpr unsigned char passthroughMarker[2] = {0xFD, 0xEF};
 /// The unit that the UTF-16 to UTF-8 transcoder takes for the marker: in host
 /// order, so on a little-endian host the bytes stand the other way round than
 /// the handlers write them. Readers of its output rely on the difference.
-inline constexpr unsigned int passthroughMarkerUnit = 0xFDEF;
+inline constexpr unsigned int passthroughMarkerUnit = kernel::undecidedUnit;
 
 /// A count byte above this is no count: only the marker is taken away.
 inline constexpr unsigned int mostPassthroughBytes = 5;

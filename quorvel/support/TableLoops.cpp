@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "quorvel/support/Utf16Unit.h"
+#include "quorvel/base/Utf16Unit.h"
 
 namespace quorvel {
 

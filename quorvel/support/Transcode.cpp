@@ -7,12 +7,12 @@
 
 #include "quorvel/base/BlockRunner.h"
 #include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/Utf16Unit.h"
 #include "quorvel/base/Utf8Sequence.h"
 #include "quorvel/base/_qvUtf.h"
+#include "quorvel/base/kernel/Target.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/PassthroughMarker.h"
-#include "quorvel/support/Utf16Unit.h"
-#include "quorvel/support/kernel/Target.h"
 
 namespace quorvel {
 

@@ -2,7 +2,7 @@
 
 #include <immintrin.h>
 
-#include "quorvel/support/kernel/Utf.h"
+#include "quorvel/base/kernel/Utf.h"
 
 /// What the AVX2 kernels share. Only their files include this, and they include
 /// no inline function that others use: a copy of it made with AVX2 might be the

@@ -9,7 +9,7 @@
 
 #include <cstddef>
 
-#include "quorvel/support/kernel/Avx2.h"
+#include "quorvel/base/kernel/Avx2.h"
 
 namespace quorvel::kernel::avx2 {
 

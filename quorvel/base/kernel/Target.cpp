@@ -1,4 +1,4 @@
-#include "quorvel/support/kernel/Target.h"
+#include "quorvel/base/kernel/Target.h"
 
 #include <atomic>
 

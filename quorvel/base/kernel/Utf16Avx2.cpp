@@ -4,8 +4,7 @@
 
 #include <cstddef>
 
-#include "quorvel/support/PassthroughMarker.h"
-#include "quorvel/support/kernel/Avx2.h"
+#include "quorvel/base/kernel/Avx2.h"
 
 namespace quorvel::kernel::avx2 {
 
@@ -192,7 +191,7 @@ inline Progress encodeBlock(const unsigned char* in, unsigned char* out) {
     return {in + blockLength, encodeBelow0x800(units, out)};
   }
   const __m256i isSurrogate = areEqual(masked(units, 0xF800), 0xD800);
-  const __m256i isSpecial = _mm256_or_si256(isNul, areEqual(units, passthroughMarkerUnit));
+  const __m256i isSpecial = _mm256_or_si256(isNul, areEqual(units, undecidedUnit));
   if (highBits(_mm256_or_si256(isSpecial, isSurrogate)) == 0) {
     return {in + blockLength, encodeBasic(units, out)};
   }

@@ -12,6 +12,10 @@ namespace quorvel::kernel {
 
 using Loop = Progress(const unsigned char* in, const unsigned char* end, unsigned char* out);
 
+/// The one ordinary unit in front of which the loops to UTF-8 stop: their caller
+/// may read a marker there.
+inline constexpr unsigned int undecidedUnit = 0xFDEF;
+
 /// Between UTF-8 and UTF-16.
 struct Utf {
   /// Two bytes of room for each input byte. Stops at the end or in front of the
@@ -23,7 +27,7 @@ struct Utf {
   /// UTF-16 in host order (an even number of bytes, any alignment), three bytes
   /// of room for each unit. U+0000 is dropped, a lone low surrogate written as
   /// three bytes. Stops at the end or in front of the first unit that may need
-  /// more than itself looked at: the marker unit U+FDEF, or a high surrogate
+  /// more than itself looked at: `undecidedUnit`, or a high surrogate
   /// that no low surrogate follows.
   Loop* utf16ToUtf8;
 

@@ -2,11 +2,10 @@
 #include <bit>
 #include <cstring>
 
+#include "quorvel/base/Utf16Unit.h"
 #include "quorvel/base/Utf8Sequence.h"
-#include "quorvel/support/AsciiRun.h"
-#include "quorvel/support/PassthroughMarker.h"
-#include "quorvel/support/Utf16Unit.h"
-#include "quorvel/support/kernel/Utf.h"
+#include "quorvel/base/kernel/AsciiRun.h"
+#include "quorvel/base/kernel/Utf.h"
 
 namespace quorvel::kernel::scalar {
 
@@ -136,7 +135,7 @@ Progress encodeUnits(const unsigned char* in, const unsigned char* end, unsigned
     } else if (unit < 0x800) {
       out = storePair(0xC0 | unit >> 6, 0x80 | (unit & 0x3F), out);
       in += 2;
-    } else if (!isSurrogate(unit) && unit != passthroughMarkerUnit) {
+    } else if (!isSurrogate(unit) && unit != undecidedUnit) {
       out = writeThreeBytes(unit, out);
       in += 2;
     } else {

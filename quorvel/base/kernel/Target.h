@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quorvel/support/kernel/Utf.h"
+#include "quorvel/base/kernel/Utf.h"
 
 namespace quorvel::kernel {
 
