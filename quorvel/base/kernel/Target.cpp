@@ -17,9 +17,11 @@ bool hasAvx2() {
 #endif
 }
 
-constexpr Utf scalarUtf{scalar::utf8ToUtf16, scalar::utf16ToUtf8, scalar::utf16ToUtf8WithoutPairs};
+constexpr Utf scalarUtf{scalar::utf8ToUtf16, scalar::utf16ToUtf8, scalar::utf16ToUtf8WithoutPairs,
+                        scalar::utf8ToUtf32, scalar::utf32ToUtf8};
 #ifdef QUORVEL_WITH_AVX2
-constexpr Utf avx2Utf{avx2::utf8ToUtf16, avx2::utf16ToUtf8, avx2::utf16ToUtf8WithoutPairs};
+constexpr Utf avx2Utf{avx2::utf8ToUtf16, avx2::utf16ToUtf8, avx2::utf16ToUtf8WithoutPairs,
+                      avx2::utf8ToUtf32, avx2::utf32ToUtf8};
 #endif
 
 constexpr int notChosenYet = -1;
