@@ -1,5 +1,6 @@
 #pragma once
 
+#include "quorvel/base/kernel/Iso2022.h"
 #include "quorvel/base/kernel/Utf.h"
 
 namespace quorvel::kernel {
@@ -24,5 +25,7 @@ void setTarget(Target target);
 /// The loops of one target, and of the current one.
 const Utf& utfOf(Target target);
 inline const Utf& utf() { return utfOf(currentTarget()); }
+const Iso2022& iso2022Of(Target target);
+inline const Iso2022& iso2022() { return iso2022Of(currentTarget()); }
 
 }  // namespace quorvel::kernel
