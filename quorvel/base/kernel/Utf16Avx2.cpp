@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "quorvel/base/kernel/Avx2.h"
+#include "quorvel/base/kernel/Utf.h"
 
 namespace quorvel::kernel::avx2 {
 
@@ -65,23 +66,6 @@ inline bool narrowBlock(const unsigned char* in, unsigned char* out) {
 }
 
 // Units below U+0800.
-
-// Of eight units of two bytes each: only the first byte where the bit is set.
-constexpr Shuffles makeOneOrTwo() {
-  Shuffles shuffles{};
-  for (unsigned int isOne = 0; isOne < 256; ++isOne) {
-    unsigned int at = 0;
-    for (unsigned int unit = 0; unit < 8; ++unit) {
-      shuffles.rows[isOne][at++] = static_cast<unsigned char>(2 * unit);
-      if ((isOne >> unit & 1) != 0) continue;
-      shuffles.rows[isOne][at++] = static_cast<unsigned char>(2 * unit + 1);
-    }
-    while (at < 16) shuffles.rows[isOne][at++] = nothing;
-  }
-  return shuffles;
-}
-
-constexpr Shuffles oneOrTwo = makeOneOrTwo();
 
 inline unsigned char* storeOneOrTwo(__m128i bytes, unsigned int isOne, unsigned char* out) {
   return storeShuffled(bytes, oneOrTwo[isOne], 16 - _mm_popcnt_u32(isOne), out);
