@@ -1,10 +1,11 @@
 // Decoding of the table-driven code pages to UTF-16LE: the loops of
-// TableLoops.cpp map what has a mapping, the members here decide about the rest.
+// TableLoops.cpp map what has a mapping, the steps here decide about the rest.
 
 #include "quorvel/base/BlockRunner.h"
 #include "quorvel/base/LogContextExitor.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/Steps.h"
 #include "quorvel/support/TableLoops.h"
 #include "quorvel/support/TableRegistry.h"
 
@@ -14,24 +15,25 @@ namespace {
 
 // Decodes multibyte text. A lone byte at the very end is a single-byte error,
 // anything before it one of unknown extent. A character takes at most `mostBytes`
-// bytes. The result tells whether memory sufficed.
+// bytes.
 template <typename Table>
-bool decodeText(EncodingConvert& converter, const Table& table, unsigned int mostBytes,
-                const unsigned char* in, unsigned int inLen, DataBuffer& out, LogBase& log) {
-  const unsigned char* end = in + inLen;
+const unsigned char* decodeText(EncodingConvert& converter, const Table& table,
+                                unsigned int mostBytes, const SourcePart& part, DataBuffer& out,
+                                LogBase& log) {
   const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return decodeMultiBytes(table, from, stop, end, room);
+    return decodeMultiBytes(table, from, stop, part.end, room);
   };
+  const unsigned char* in = part.in;
   bool isPerfect = true;
   for (;;) {
-    in = runInBlocks(loop, in, end, 2 * mostBytes, out);
-    if (!in) return false;
-    if (in == end) break;
+    in = runInBlocks(loop, in, part.stop, 2 * mostBytes, out);
+    if (!in) return nullptr;
+    if (in >= part.stop) break;
     isPerfect = false;
     converter.m_hadError = true;
     int skipped = 1;
     if (converter.m_errorAction != 0) {
-      if (end - in == 1) {
+      if (part.end - in == 1) {
         converter.handleErrorFromSingleByte(in, out, log);
       } else {
         skipped = converter.handleErrorFromUnknown(in, out, log);
@@ -42,46 +44,60 @@ bool decodeText(EncodingConvert& converter, const Table& table, unsigned int mos
   if (!isPerfect && log.m_verboseLogging) {
     log.logError("imperfect conversion in convertToUnicodeHCVar");
   }
-  return true;
+  return in;
+}
+
+const unsigned char* decodeSingleByteText(EncodingConvert& converter, const UnicodeLookup& lookup,
+                                          const SourcePart& part, DataBuffer& out, LogBase& log) {
+  const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
+    return decodeSingleBytes(lookup, from, stop, room);
+  };
+  for (const unsigned char* in = part.in;;) {
+    in = runInBlocks(loop, in, part.stop, 4, out);
+    if (!in || in == part.stop) return in;
+    converter.m_hadError = true;
+    if (converter.m_errorAction != 0) converter.handleErrorFromSingleByte(in, out, log);
+    ++in;
+  }
 }
 
 }  // namespace
 
+const unsigned char* decodeByTable(EncodingConvert& converter, const ToUnicodeTable& table,
+                                   const SourcePart& part, DataBuffer& out, LogBase& log) {
+  return table.lookup ? decodeSingleByteText(converter, *table.lookup, part, out, log)
+                      : decodeText(converter, *table.pairs, 2, part, out, log);
+}
+
+const ToUnicodeTable* tableToDecode(int codePage, LogBase& log) {
+  if (!EncodingConvert::ensureHashToUnicode(codePage, log)) {
+    if (log.m_verboseLogging) log.logError("ensureHashToUnicode failed.");
+    return nullptr;
+  }
+  return isRouted(codePage) ? tableRegistry::toUnicode(codePage) : nullptr;
+}
+
 bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* in,
                                          unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  const LogContextExitor context(log, "convertToUnicodeHC", log.m_verboseLogging);
+  const LogContextExitor context(log, tableDecodingContext, log.m_verboseLogging);
   if (log.m_verboseLogging) {
     log.LogDataLong("fromCodePage", fromCodePage);
     log.LogDataLong("inDataLen", static_cast<long>(inLen));
   }
-  if (!ensureHashToUnicode(fromCodePage, log)) {
-    if (log.m_verboseLogging) log.logError("ensureHashToUnicode failed.");
-    return false;
-  }
-  const ToUnicodeTable* table =
-      isRouted(fromCodePage) ? tableRegistry::toUnicode(fromCodePage) : nullptr;
+  const ToUnicodeTable* table = tableToDecode(fromCodePage, log);
   if (!table) return false;
   if (table->lookup) return convertToUnicodeByLookup(*table->lookup, in, inLen, out, log);
-  return decodeText(*this, *table->pairs, 2, in, inLen, out, log);
+  const unsigned char* end = in + inLen;
+  return decodeByTable(*this, *table, {in, end, end}, out, log) != nullptr;
 }
 
 bool EncodingConvert::convertToUnicodeByLookup(UnicodeLookup& lookup, const unsigned char* in,
                                                unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  const LogContextExitor context(log, "convertToUnicodeByLookup", log.m_verboseLogging);
-  const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return decodeSingleBytes(lookup, from, stop, room);
-  };
+  const LogContextExitor context(log, lookupDecodingContext, log.m_verboseLogging);
   const unsigned char* end = in + inLen;
-  for (;;) {
-    in = runInBlocks(loop, in, end, 4, out);
-    if (!in) return false;
-    if (in == end) return true;
-    m_hadError = true;
-    if (m_errorAction != 0) handleErrorFromSingleByte(in, out, log);
-    ++in;
-  }
+  return decodeSingleByteText(*this, lookup, {in, end, end}, out, log) != nullptr;
 }
 
 bool EncodingConvert::convertToUnicodeHCVar(HashConvert* hc, const unsigned char* in,
@@ -91,7 +107,8 @@ bool EncodingConvert::convertToUnicodeHCVar(HashConvert* hc, const unsigned char
     return false;
   }
   if (!in || inLen == 0) return true;
-  return decodeText(*this, *hc, HashConvert::mostValueBytes, in, inLen, out, log);
+  const unsigned char* end = in + inLen;
+  return decodeText(*this, *hc, HashConvert::mostValueBytes, {in, end, end}, out, log) != nullptr;
 }
 
 }  // namespace quorvel
