@@ -37,6 +37,9 @@ class QUORVEL_API DataBuffer {
   /// Drops the bytes from index `size` on; a larger `size` changes nothing.
   void shorten(unsigned int size);
 
+  /// Drops the first `count` bytes, or all if there are fewer.
+  void dropFront(unsigned int count);
+
   /// Grows the capacity to at least `capacity` bytes in all, so that content
   /// up to that size needs no further allocation.
   bool ensureBuffer(unsigned int capacity);
@@ -69,6 +72,11 @@ class QUORVEL_API DataBuffer {
   /// bytes as content. What the buffer held before is freed.
   void takeData(unsigned char* block, unsigned int count);
 
+  /// Takes `capacity` bytes of the caller's as storage until the content
+  /// outgrows them; the buffer does not free them and must not be used when they
+  /// are gone. What it held before is freed.
+  void lendStorage(unsigned char* storage, unsigned int capacity);
+
   /// Removes every byte in 0x80 to 0xFF and keeps the order of the rest.
   /// Returns false, with the content as it was, only when a borrowed buffer
   /// cannot be copied.
@@ -82,6 +90,7 @@ class QUORVEL_API DataBuffer {
   unsigned char* m_data = nullptr;
   unsigned int m_size = 0;
   unsigned int m_capacity = 0;  // 0 while the bytes are borrowed
+  bool m_isStorageLent = false;
 };
 
 }  // namespace quorvel

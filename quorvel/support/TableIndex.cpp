@@ -4,6 +4,8 @@
 #include <iterator>
 #include <new>
 
+#include "quorvel/support/ArabicDigits.h"
+
 namespace quorvel {
 
 namespace {
@@ -65,8 +67,8 @@ void fillRowsOfSingleBytes(kernel::PairsToUnits& index) {
 }
 
 // Calls `take(unit, code)` for every unit that a loop may encode without asking,
-// once or, for ASCII that stands for itself, twice. The order counts: what the
-// table says about ASCII then is not asked.
+// once or, for ASCII that stands for itself and Arabic digits that become ASCII,
+// twice. The order counts: what the table says about those is not asked.
 template <typename Take>
 void forEachCode(const HashConvert& fromUnicode, const Take& take) {
   fromUnicode.forEachMapping([&](const unsigned char* key, const unsigned char* code, int length) {
@@ -74,8 +76,13 @@ void forEachCode(const HashConvert& fromUnicode, const Take& take) {
     if (unit == 0 || unit == rawBytesUnit) return;
     take(unit, length == 1 ? code[0] : code[0] | static_cast<unsigned int>(code[1]) << 8);
   });
-  if (!fromUnicode.get_IsLowerAscii()) return;
-  for (unsigned int unit = 1; unit < 0x80; ++unit) take(unit, unit);
+  if (fromUnicode.get_IsLowerAscii()) {
+    for (unsigned int unit = 1; unit < 0x80; ++unit) take(unit, unit);
+  }
+  if (!takesAsciiDigits(fromUnicode.codePage())) return;
+  for (const unsigned int first : firstArabicDigits) {
+    for (unsigned int unit = first; unit < first + 10; ++unit) take(unit, asciiDigitOf(unit));
+  }
 }
 
 template <typename Index>
