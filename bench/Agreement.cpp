@@ -27,6 +27,18 @@ std::string sourceText(const Row& row, std::size_t numBytes) {
   return encoded(makeText(*row.language, size), *row.from);
 }
 
+void enterUs(const std::vector<kernel::Target>& targets, Match& match) {
+  for (const kernel::Target target : targets) {
+    auto ours = makeQuorvel(match.row.from->codePage, match.row.to->codePage, target);
+    ours->getReady();
+    if (!ours->convert(match.text)) throw std::runtime_error(match.row.name() + ": we fail");
+    match.entrants.push_back({Library::quorvel, kernel::nameOf(target), std::move(ours)});
+    if (match.entrants.front().contender->result() != match.entrants.back().contender->result()) {
+      throw std::runtime_error(match.row.name() + ": our targets differ");
+    }
+  }
+}
+
 bool agrees(const Entrant& entrant, Contender* contender, const std::string& text) {
   return contender && contender->convert(text) &&
          contender->result() == entrant.contender->result();
@@ -68,16 +80,16 @@ bool Match::has(Library library) const {
                      [&](const Entrant& entrant) { return entrant.library == library; });
 }
 
-Match prepare(const Row& row, std::size_t numBytes) {
+Match prepare(const Row& row, std::size_t numBytes, const std::vector<kernel::Target>& targets) {
   Match match{row, sourceText(row, numBytes), {}};
-  std::unique_ptr<Contender> ours = makeQuorvel(row.from->codePage, row.to->codePage);
-  if (!ours->convert(match.text)) throw std::runtime_error(row.name() + ": we fail");
-  match.entrants.push_back({Library::quorvel, "EncConvert", std::move(ours)});
+  enterUs(targets, match);
   enterIconv(match);
   enterIcu(IcuWay::direct, "ucnv_convertEx", match);
   enterIcu(IcuWay::units, "UChars", match);
   enterIcu(IcuWay::strings, "u_str UTF-8", match);
-  if (match.entrants.size() == 1) throw std::runtime_error(row.name() + ": no peer agrees with us");
+  if (match.entrants.back().library == Library::quorvel) {
+    throw std::runtime_error(row.name() + ": no peer agrees with us");
+  }
   return match;
 }
 

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "quorvel/base/kernel/Target.h"
+
 namespace quorvel::bench {
 
 /// One way to carry out a conversion, with whatever it keeps between two calls:
@@ -12,6 +14,10 @@ namespace quorvel::bench {
 class Contender {
  public:
   virtual ~Contender() = default;
+
+  /// To be called before the first conversion, and when another contender has
+  /// converted since the last.
+  virtual void getReady() {}
 
   /// Converts a whole text, which must be aligned as an allocation is. False
   /// when anything in it could not be converted.
@@ -24,7 +30,8 @@ class Contender {
 /// The most bytes that a text of `numBytes` can become in any encoding here.
 constexpr std::size_t roomFor(std::size_t numBytes) { return 4 * numBytes + 64; }
 
-std::unique_ptr<Contender> makeQuorvel(int from, int to);
+/// With the kernels of one target.
+std::unique_ptr<Contender> makeQuorvel(int from, int to, kernel::Target target);
 
 /// glibc's iconv; null when it does not know a name. `largest` is the size of
 /// the largest text to come.

@@ -8,7 +8,10 @@ namespace {
 
 class QuorvelContender : public Contender {
  public:
-  QuorvelContender(int from, int to) : m_from(from), m_to(to) {}
+  QuorvelContender(int from, int to, kernel::Target target)
+      : m_from(from), m_to(to), m_target(target) {}
+
+  void getReady() override { kernel::setTarget(m_target); }
 
   // The result tells nothing: that of UTF-7 to UTF-16LE is false whatever
   // happened. What came out is compared with the peers' in any case.
@@ -26,6 +29,7 @@ class QuorvelContender : public Contender {
  private:
   int m_from;
   int m_to;
+  kernel::Target m_target;
   EncodingConvert m_converter;
   DataBuffer m_out;
   NullLog m_log;
@@ -33,8 +37,8 @@ class QuorvelContender : public Contender {
 
 }  // namespace
 
-std::unique_ptr<Contender> makeQuorvel(int from, int to) {
-  return std::make_unique<QuorvelContender>(from, to);
+std::unique_ptr<Contender> makeQuorvel(int from, int to, kernel::Target target) {
+  return std::make_unique<QuorvelContender>(from, to, target);
 }
 
 }  // namespace quorvel::bench

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "Options.h"
+
+namespace quorvel::bench {
+
+/// What measuring a table came to.
+struct Outcome {
+  std::string markdown;                      ///< the table for people
+  std::map<std::string, std::string> files;  ///< others, by name
+  bool isGood = true;                        ///< whether it keeps to its limits
+};
+
+/// The tables of docs/performance.md, measured. Each takes those of its rows
+/// whose names match `options.rows` and tells on standard error how far it is.
+/// Throws `std::runtime_error` when something cannot be measured.
+Outcome measureSpeed(const Options& options);
+
+}  // namespace quorvel::bench
