@@ -13,12 +13,17 @@ constexpr int repetitionsToChoose = 3;
 
 using Entrants = std::vector<const Entrant*>;
 
-Times timesOf(const Entrants& entrants, const std::string& text, int repetitions) {
+bool convertAll(Contender& contender, const std::vector<std::string>& texts) {
+  return std::all_of(texts.begin(), texts.end(),
+                     [&](const std::string& text) { return contender.convert(text); });
+}
+
+Times timesOf(const Entrants& entrants, const std::vector<std::string>& texts, int repetitions) {
   std::vector<Job> jobs;
   for (const Entrant* entrant : entrants) {
     Contender& contender = *entrant->contender;
-    jobs.push_back(
-        {[&contender] { contender.getReady(); }, [&] { return contender.convert(text); }});
+    jobs.push_back({[&contender] { contender.getReady(); },
+                    [&contender, &texts] { return convertAll(contender, texts); }});
   }
   return timeInTurn(jobs, repetitions);
 }
@@ -38,7 +43,7 @@ Entrants finalists(const Match& match) {
   Entrants all;
   for (const Entrant& entrant : match.entrants) all.push_back(&entrant);
   if (!haveChoice(all)) return all;
-  const Times times = timesOf(all, match.text, repetitionsToChoose);
+  const Times times = timesOf(all, match.texts, repetitionsToChoose);
   Entrants chosen;
   double fastest = 0;
   for (std::size_t i = 0; i < all.size(); ++i) {
@@ -59,12 +64,12 @@ double OurFigure::overFaster() const { return std::min(overGlibc, overIcu); }
 
 Result measure(const Match& match, int repetitions) {
   const Entrants entrants = finalists(match);
-  const Times times = timesOf(entrants, match.text, repetitions);
+  const Times times = timesOf(entrants, match.texts, repetitions);
   const auto speed = [&](std::size_t i) {
-    return static_cast<double>(match.text.size()) / secondsOf(times, i);
+    return static_cast<double>(match.numBytes()) / secondsOf(times, i);
   };
   constexpr double infinity = std::numeric_limits<double>::infinity();
-  Result result{match.row, match.text.size(), {}, {}, {}};
+  Result result{match.row, match.numBytes(), {}, {}, {}};
   for (std::size_t i = 0; i < entrants.size(); ++i) {
     switch (entrants[i]->library) {
       case Library::quorvel:

@@ -28,7 +28,7 @@ struct OurFigure {
 
 struct Result {
   Row row;
-  std::size_t numBytes;         ///< of source text
+  std::size_t numBytes;         ///< of source text, in all
   std::vector<OurFigure> ours;  ///< the plainest target first
   Figure glibc;
   Figure icu;

@@ -7,6 +7,7 @@
 #include "Agreement.h"
 #include "Markdown.h"
 #include "Measure.h"
+#include "SourceText.h"
 #include "Tables.h"
 
 namespace quorvel::bench {
@@ -32,7 +33,7 @@ std::string asProgress(const Result& result) {
 }
 
 Result measureRow(const Row& row, const Options& options) {
-  const Match match = prepare(row, options.bytes, options.targets);
+  const Match match = prepare(row, {sourceText(row, options.bytes)}, options.targets);
   if (!match.has(Library::glibc)) std::cerr << row.name() << ": glibc does not agree with us\n";
   if (!match.has(Library::icu)) std::cerr << row.name() << ": ICU does not agree with us\n";
   Result result = measure(match, options.repetitions);

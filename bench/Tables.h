@@ -18,5 +18,6 @@ struct Outcome {
 /// whose names match `options.rows` and tells on standard error how far it is.
 /// Throws `std::runtime_error` when something cannot be measured.
 Outcome measureSpeed(const Options& options);
+Outcome measureSmall(const Options& options);
 
 }  // namespace quorvel::bench

@@ -25,6 +25,7 @@ struct Table {
 
 constexpr Table tables[] = {
     {"speed", measureSpeed},
+    {"small", measureSmall},
 };
 
 std::string processorName() {
