@@ -27,7 +27,7 @@ void enterUs(const std::vector<kernel::Target>& targets, Match& match) {
   for (const kernel::Target target : targets) {
     match.entrants.push_back(
         {Library::quorvel, kernel::nameOf(target),
-         makeQuorvel(match.row.from->codePage, match.row.to->codePage, target)});
+         makeQuorvel(match.row.from->codePage, match.row.to->codePage, target, OnError::stop)});
     if (!agree(*match.entrants.front().contender, *match.entrants.back().contender, match.texts)) {
       throw std::runtime_error(match.row.name() + ": we fail, or our targets differ");
     }
@@ -50,7 +50,7 @@ void enterAllThatAgree(Library library, const char* fromNames, const char* toNam
 
 void enterIconv(Match& match) {
   const auto make = [&](const std::string& from, const std::string& to) {
-    return makeIconv(from, to, largestOf(match.texts));
+    return makeIconv(from, to, largestOf(match.texts), OnError::stop);
   };
   enterAllThatAgree(Library::glibc, match.row.from->iconvNames, match.row.to->iconvNames, "", make,
                     match);
@@ -58,7 +58,7 @@ void enterIconv(Match& match) {
 
 void enterIcu(IcuWay way, const char* wayName, Match& match) {
   const auto make = [&](const std::string& from, const std::string& to) {
-    return makeIcu(from, to, way, largestOf(match.texts));
+    return makeIcu(from, to, way, largestOf(match.texts), OnError::stop);
   };
   enterAllThatAgree(Library::icu, match.row.from->icuNames, match.row.to->icuNames,
                     std::string(" by ") + wayName, make, match);

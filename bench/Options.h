@@ -13,7 +13,7 @@ struct Options {
   std::string rows = ".";        ///< regular expression for the names of the rows
   std::size_t bytes = 2u << 20;  ///< of text in each row
   int repetitions = 11;
-  double seconds = 0.02;                ///< of each measurement, at least
+  double seconds = 0.01;                ///< of each measurement, at least
   double atLeast = 0;                   ///< the ratio to the faster peer that every row must reach
   std::vector<kernel::Target> targets;  ///< of our kernels, the plainest first
   std::string directory;                ///< where to write the tables, nowhere when empty

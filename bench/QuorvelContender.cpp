@@ -1,4 +1,5 @@
 #include "Contender.h"
+#include "Rows.h"
 #include "quorvel/base/NullLog.h"
 #include "quorvel/support/EncodingConvert.h"
 
@@ -6,10 +7,28 @@ namespace quorvel::bench {
 
 namespace {
 
+int actionFor(OnError onError) {
+  switch (onError) {
+    case OnError::stop:
+    case OnError::skip:
+      return 0;
+    case OnError::substitute:
+      return 1;
+    case OnError::escape:
+      return 2;
+    case OnError::convert:
+      return 6;
+  }
+  return 0;
+}
+
 class QuorvelContender : public Contender {
  public:
-  QuorvelContender(int from, int to, kernel::Target target)
-      : m_from(from), m_to(to), m_target(target) {}
+  QuorvelContender(int from, int to, kernel::Target target, OnError onError)
+      : m_from(from), m_to(to), m_target(target) {
+    m_converter.setErrorAction(actionFor(onError));
+    m_converter.setDefBytes(reinterpret_cast<const unsigned char*>("?\0"), to == utf16le ? 2 : 1);
+  }
 
   void getReady() override { kernel::setTarget(m_target); }
 
@@ -37,8 +56,8 @@ class QuorvelContender : public Contender {
 
 }  // namespace
 
-std::unique_ptr<Contender> makeQuorvel(int from, int to, kernel::Target target) {
-  return std::make_unique<QuorvelContender>(from, to, target);
+std::unique_ptr<Contender> makeQuorvel(int from, int to, kernel::Target target, OnError onError) {
+  return std::make_unique<QuorvelContender>(from, to, target, onError);
 }
 
 }  // namespace quorvel::bench

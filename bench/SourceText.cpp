@@ -1,6 +1,5 @@
 #include "SourceText.h"
 
-#include <map>
 #include <stdexcept>
 
 #include "Contender.h"
@@ -14,27 +13,11 @@ constexpr std::size_t numSlices = 1000;
 
 bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
 
-// One character after the other, in another encoding; each is encoded once.
-class CharacterEncoder {
- public:
-  explicit CharacterEncoder(const Encoding& encoding) : m_encoding(encoding) {}
-
-  const std::string& encode(const std::string& character) {
-    std::string& bytes = m_known[character];
-    if (bytes.empty()) bytes = encoded(character, m_encoding);
-    return bytes;
-  }
-
- private:
-  const Encoding& m_encoding;
-  std::map<std::string, std::string> m_known;
-};
-
 }  // namespace
 
 std::string encoded(const std::string& text, const Encoding& encoding) {
   for (const std::string& name : wordsOf(encoding.iconvNames)) {
-    const auto contender = makeIconv("UTF-8", name, text.size());
+    const auto contender = makeIconv("UTF-8", name, text.size(), OnError::stop);
     if (contender && contender->convert(text)) return std::string(contender->result());
   }
   throw std::runtime_error("text does not fit code page " + std::to_string(encoding.codePage));
@@ -49,6 +32,12 @@ std::string sourceText(const Row& row, std::size_t numBytes) {
       static_cast<std::size_t>(1.0 * static_cast<double>(numBytes) *
                                static_cast<double>(trial.size()) / static_cast<double>(trialSize));
   return encoded(makeText(*row.language, size), *row.from);
+}
+
+const std::string& CharacterEncoder::encode(const std::string& character) {
+  std::string& bytes = m_known[character];
+  if (bytes.empty()) bytes = encoded(character, m_encoding);
+  return bytes;
 }
 
 std::vector<std::string> sourceSlices(const Row& row, std::size_t numBytes) {

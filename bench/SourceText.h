@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -20,5 +21,18 @@ std::vector<std::string> sourceSlices(const Row& row, std::size_t numBytes);
 
 /// The characters of UTF-8 text, one by one.
 std::vector<std::string> charactersOf(const std::string& text);
+
+/// Encodes one character after the other, each kind of them once. The encoding
+/// must not have states.
+class CharacterEncoder {
+ public:
+  explicit CharacterEncoder(const Encoding& encoding) : m_encoding(encoding) {}
+
+  const std::string& encode(const std::string& character);
+
+ private:
+  const Encoding& m_encoding;
+  std::map<std::string, std::string> m_known;
+};
 
 }  // namespace quorvel::bench

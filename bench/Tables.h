@@ -19,5 +19,6 @@ struct Outcome {
 /// Throws `std::runtime_error` when something cannot be measured.
 Outcome measureSpeed(const Options& options);
 Outcome measureSmall(const Options& options);
+Outcome measureErrors(const Options& options);
 
 }  // namespace quorvel::bench

@@ -26,6 +26,7 @@ struct Table {
 constexpr Table tables[] = {
     {"speed", measureSpeed},
     {"small", measureSmall},
+    {"errors", measureErrors},
 };
 
 std::string processorName() {
