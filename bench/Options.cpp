@@ -54,6 +54,8 @@ void setOption(std::string_view name, const std::string& value, Options& options
     options.atLeast = std::stod(value);
   } else if (name == "--target") {
     options.targets = {targetNamed(value)};
+  } else if (name == "--first-use") {
+    options.firstUse = value;
   } else if (name == "--out") {
     options.directory = value;
   } else {

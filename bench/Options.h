@@ -16,6 +16,7 @@ struct Options {
   double seconds = 0.01;                ///< of each measurement, at least
   double atLeast = 0;                   ///< the ratio to the faster peer that every row must reach
   std::vector<kernel::Target> targets;  ///< of our kernels, the plainest first
+  std::string firstUse;                 ///< what to print instead of tables, see `printFirstUse`
   std::string directory;                ///< where to write the tables, nowhere when empty
 };
 

@@ -1,5 +1,6 @@
 // Many small texts, each converted by a call of its own.
 
+#include <algorithm>
 #include <iostream>
 #include <regex>
 #include <vector>
@@ -14,6 +15,7 @@ namespace quorvel::bench {
 
 namespace {
 
+constexpr int mostRepetitions = 7;
 constexpr std::size_t sizes[] = {16, 64, 1024};
 
 struct Route {
@@ -36,7 +38,7 @@ std::string nanoseconds(double speed, std::size_t numBytes, std::size_t numCalls
 
 std::string measureRow(const Row& row, std::size_t size, const Options& options) {
   const Match match = prepare(row, sourceSlices(row, size), options.targets);
-  const Result result = measure(match, options.repetitions);
+  const Result result = measure(match, std::min(options.repetitions, mostRepetitions));
   const auto each = [&](double speed) {
     return speed > 0 ? nanoseconds(speed, match.numBytes(), match.texts.size()) : "-";
   };

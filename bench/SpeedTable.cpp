@@ -7,6 +7,7 @@
 #include "Agreement.h"
 #include "Markdown.h"
 #include "Measure.h"
+#include "Plot.h"
 #include "SourceText.h"
 #include "Tables.h"
 
@@ -112,13 +113,25 @@ std::string asCsv(const std::vector<Result>& results) {
   return text;
 }
 
+std::string asPlot(const std::vector<Result>& results) {
+  std::vector<Bar> bars;
+  for (const Result& result : results) {
+    bars.push_back({titleOf(result.row.family), result.row.name(), result.best().overFaster(),
+                    result.ours.front().overFaster()});
+  }
+  const OurFigure& plain = results.front().ours.front();
+  return plot("Times as fast as the faster of glibc and ICU: bars " +
+                  results.front().best().target + ", marks " + plain.target,
+              bars);
+}
+
 }  // namespace
 
 Outcome measureSpeed(const Options& options) {
   const std::vector<Result> results = measureRows(options);
   if (results.empty()) return {};
   return {asMarkdown(results),
-          {{"performance.csv", asCsv(results)}},
+          {{"performance.csv", asCsv(results)}, {"performance.svg", asPlot(results)}},
           reachGoal(results, options.atLeast)};
 }
 

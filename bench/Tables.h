@@ -20,5 +20,12 @@ struct Outcome {
 Outcome measureSpeed(const Options& options);
 Outcome measureSmall(const Options& options);
 Outcome measureErrors(const Options& options);
+Outcome measureFirstUses(const Options& options);
+
+/// For the processes that `measureFirstUses` starts: uses the tables of a code page,
+/// "decode 932" or "encode 932", and prints the milliseconds and the KiB that they
+/// keep; or "all" of them, and prints the KiB of growth of the resident memory and
+/// of what is allocated.
+void printFirstUse(const std::string& use);
 
 }  // namespace quorvel::bench

@@ -27,6 +27,7 @@ constexpr Table tables[] = {
     {"speed", measureSpeed},
     {"small", measureSmall},
     {"errors", measureErrors},
+    {"first-use", measureFirstUses},
 };
 
 std::string processorName() {
@@ -62,6 +63,10 @@ void publish(const Options& options, const Table& table, const Outcome& outcome)
 
 int main(int argc, char** argv) try {
   const Options options = parseOptions(argc, argv);
+  if (!options.firstUse.empty()) {
+    printFirstUse(options.firstUse);
+    return 0;
+  }
   setUpTiming(argv[0], options.seconds);
   const std::string machine = describeMachine(options);
   std::cout << machine;
