@@ -81,6 +81,10 @@ Match matchOf(const Row& row, const std::string& text, kernel::Target target, On
   const std::string iconvTo = wordsOf(row.to->iconvNames).front();
   match.entrants.push_back(
       {Library::glibc, "a loop around iconv", makeIconv(iconvFrom, iconvTo, text.size(), peers)});
+  if (peers == OnError::skip) {
+    match.entrants.push_back({Library::glibc, "iconv with //IGNORE",
+                              makeIconv(iconvFrom, iconvTo + "//IGNORE", text.size(), peers)});
+  }
   const std::string icuFrom = wordsOf(row.from->icuNames).front();
   const std::string icuTo = wordsOf(row.to->icuNames).front();
   match.entrants.push_back({Library::icu, "ucnv_convertEx",

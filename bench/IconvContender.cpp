@@ -48,7 +48,8 @@ class PatientIconvContender : public IconvContender {
       : IconvContender(descriptor, largest),
         m_isFromUtf8(from == "UTF-8"),
         m_isFromUtf16(from == "UTF-16LE"),
-        m_isToUtf16(to == "UTF-16LE"),
+        m_isToUtf16(to.rfind("UTF-16LE", 0) == 0),
+        m_isIgnoring(to.find("//IGNORE") != std::string::npos),
         m_onError(onError) {}
 
   bool convert(std::string_view text) override {
@@ -57,8 +58,11 @@ class PatientIconvContender : public IconvContender {
     std::size_t inLeft = text.size();
     char* out = m_room.data();
     std::size_t outLeft = m_room.size();
-    while (iconv(m_descriptor, &in, &inLeft, &out, &outLeft) == failed) {
+    for (const char* last = nullptr;
+         iconv(m_descriptor, &in, &inLeft, &out, &outLeft) == failed && inLeft > 0; last = in) {
       if (errno == E2BIG || outLeft < mostPerError) return false;
+      // With "//IGNORE" it has gone on and tells only that there was something.
+      if (m_isIgnoring && in != last) continue;
       const std::size_t length = lengthAt({in, inLeft});
       writeFor({in, length}, out, outLeft);
       in += length;
@@ -105,6 +109,7 @@ class PatientIconvContender : public IconvContender {
   bool m_isFromUtf8;
   bool m_isFromUtf16;
   bool m_isToUtf16;
+  bool m_isIgnoring;
   OnError m_onError;
 };
 
