@@ -1,5 +1,6 @@
 #pragma once
 
+#include "quorvel/base/kernel/Iso2022.h"
 #include "quorvel/base/kernel/Table.h"
 #include "quorvel/base/kernel/Utf.h"
 
@@ -25,7 +26,9 @@ void setTarget(Target target);
 /// The loops of one target, and of the current one.
 const Utf& utfOf(Target target);
 const Table& tableOf(Target target);
+const Iso2022& iso2022Of(Target target);
 inline const Utf& utf() { return utfOf(currentTarget()); }
 inline const Table& table() { return tableOf(currentTarget()); }
+inline const Iso2022& iso2022() { return iso2022Of(currentTarget()); }
 
 }  // namespace quorvel::kernel
