@@ -151,7 +151,6 @@ class BlockPivot {
     if (!encoded.in) return false;
     if (!encoded.isWhole) m_isWhole = false;
     m_pivot.dropFront(static_cast<unsigned int>(encoded.in - begin));
-    if (m_pivot.getSize() >= mostMarkedBytes) m_blockLength = wholeText;
     return true;
   }
 
@@ -166,15 +165,13 @@ class BlockPivot {
       m_out.ensureBuffer(static_cast<unsigned int>(wanted));
   }
 
-  static constexpr unsigned int wholeText = std::numeric_limits<unsigned int>::max();
-
   EncodingConvert& m_converter;
   From m_from;
   To m_to;
   const unsigned char* m_begin;
   const unsigned char* m_in;
   const unsigned char* m_end;
-  unsigned int m_blockLength;
+  const unsigned int m_blockLength;
   DataBuffer& m_out;
   LogBase& m_log;
   std::size_t m_sizeBefore = m_out.getSize();
