@@ -79,8 +79,6 @@ unsigned char* DataBuffer::growBy(unsigned int count) {
   return m_data + m_size;
 }
 
-void DataBuffer::keepWritten(unsigned int count) { m_size += count; }
-
 const unsigned char* DataBuffer::getData2() const { return m_size ? m_data : nullptr; }
 
 const unsigned char* DataBuffer::getDataAt2(unsigned int index) const {

@@ -49,9 +49,14 @@ class QUORVEL_API DataBuffer {
   /// written with `keepWritten`; any other change in between ends the loan.
   unsigned char* growBy(unsigned int count);
 
+  /// As `growBy`, but null where the capacity would have to grow.
+  unsigned char* roomFor(unsigned int count) {
+    return m_capacity > m_size && count <= m_capacity - m_size ? m_data + m_size : nullptr;
+  }
+
   /// Makes the first `count` bytes written after `growBy` part of the
   /// content. `count` must not exceed what `growBy` was asked for.
-  void keepWritten(unsigned int count);
+  void keepWritten(unsigned int count) { m_size += count; }
 
   /// The content, or null when the buffer is empty. Valid until the next
   /// change.

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/InLogContext.h"
 #include "quorvel/support/CodePageNumbers.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
@@ -25,8 +25,7 @@ struct FromUtf8 {
   explicit FromUtf8(int) {}
 
   bool open(LogBase& log) const {
-    const LogContextExitor context(log, utf8DecodingContext, false);
-    return true;
+    return inLogContext(log, utf8DecodingContext, [] { return true; });
   }
   const unsigned char* decode(EncodingConvert& converter, const SourcePart& part, DataBuffer& pivot,
                               LogBase& log) const {
@@ -38,10 +37,11 @@ struct FromTable {
   explicit FromTable(int number) : codePage(number) {}
 
   bool open(LogBase& log) {
-    const LogContextExitor context(log, tableDecodingContext, false);
-    table = tableToDecode(codePage, log);
-    if (table && table->lookup) const LogContextExitor inner(log, lookupDecodingContext, false);
-    return table;
+    return inLogContext(log, tableDecodingContext, [&] {
+      table = tableToDecode(codePage, log);
+      if (!table || !table->lookup) return table != nullptr;
+      return inLogContext(log, lookupDecodingContext, [] { return true; });
+    });
   }
   const unsigned char* decode(EncodingConvert& converter, const SourcePart& part, DataBuffer& pivot,
                               LogBase& log) const {
@@ -81,23 +81,21 @@ struct ToTable {
   const FromUnicodeTable* table = nullptr;
 };
 
-struct Text {
-  const unsigned char* in;
-  const unsigned char* end;
-  std::size_t blockLength;
-
-  SourcePart nextPart() const {
-    const auto left = static_cast<std::size_t>(end - in);
-    return {in, in + std::min(left, blockLength), end};
-  }
-};
-
 template <typename From, typename To>
 class BlockPivot {
  public:
-  BlockPivot(EncodingConvert& converter, const From& from, const To& to, const Text& text,
+  BlockPivot(EncodingConvert& converter, int fromCodePage, int toCodePage,
+             const unsigned char* data, unsigned int numBytes, unsigned int blockLength,
              DataBuffer& out, LogBase& log)
-      : m_converter(converter), m_from(from), m_to(to), m_text(text), m_out(out), m_log(log) {
+      : m_converter(converter),
+        m_from(fromCodePage),
+        m_to(toCodePage),
+        m_begin(data),
+        m_in(data),
+        m_end(data + numBytes),
+        m_blockLength(blockLength),
+        m_out(out),
+        m_log(log) {
     m_pivot.lendStorage(m_storage, sizeof m_storage);
   }
 
@@ -107,20 +105,20 @@ class BlockPivot {
     // The encoder's step leaves no trace if there is nothing for it.
     do {
       if (!decodeBlock()) return false;
-    } while (m_pivot.getSize() == 0 && m_text.in != m_text.end);
+    } while (m_pivot.getSize() == 0 && m_in != m_end);
     setMarkers(m_converter, honouring);
-    const bool ok = m_pivot.getSize() == 0 || encodeAll();
+    const bool ok =
+        m_pivot.getSize() == 0 || inLogContext(m_log, To::context, [&] { return encodeAll(); });
     setMarkers(m_converter, neither);
     return ok;
   }
 
  private:
   bool encodeAll() {
-    const LogContextExitor context(m_log, To::context, false);
     if (!m_to.open(m_log)) return false;
     for (;;) {
       if (!encodeBlock()) return false;
-      if (m_text.in == m_text.end) return m_isWhole;
+      if (m_in == m_end) return m_isWhole;
       reserveForTheRest();
       // A nested conversion may have put an end to honouring, and that stays.
       const Markers markers = markersOf(m_converter);
@@ -133,15 +131,17 @@ class BlockPivot {
 
   bool decodeBlock() {
     const unsigned int before = m_pivot.getSize();
-    m_text.in = m_from.decode(m_converter, m_text.nextPart(), m_pivot, m_log);
+    const auto left = static_cast<std::size_t>(m_end - m_in);
+    const unsigned char* stop = m_in + std::min<std::size_t>(left, m_blockLength);
+    m_in = m_from.decode(m_converter, {m_in, stop, m_end}, m_pivot, m_log);
     m_isOdd ^= (m_pivot.getSize() - before) % 2 != 0;
-    return m_text.in;
+    return m_in;
   }
 
   // What the encoder leaves goes in front of the next block; raw bytes may leave
   // half a unit there, or at the end of all.
   bool encodeBlock() {
-    const bool isLast = m_text.in == m_text.end;
+    const bool isLast = m_in == m_end;
     const bool hasHalfUnit = isLast && m_isOdd;
     const unsigned int length = m_pivot.getSize() - (hasHalfUnit ? 1 : 0);
     if (hasHalfUnit && !To::takesHalfUnits) m_isWhole = false;
@@ -151,30 +151,29 @@ class BlockPivot {
     if (!encoded.in) return false;
     if (!encoded.isWhole) m_isWhole = false;
     m_pivot.dropFront(static_cast<unsigned int>(encoded.in - begin));
-    if (m_pivot.getSize() >= mostMarkedBytes) m_text.blockLength = m_wholeText;
     return true;
   }
 
   // As much as the rest will need if it is like the text so far; where that
   // cannot be had, each block asks for its own.
   void reserveForTheRest() {
-    const Density density{static_cast<std::size_t>(m_text.in - m_begin),
+    const Density density{static_cast<std::size_t>(m_in - m_begin),
                           std::size_t{m_out.getSize()} - m_sizeBefore};
-    const auto left = static_cast<std::size_t>(m_text.end - m_text.in);
-    const std::size_t wanted = m_out.getSize() + density.expected(left) + m_text.blockLength;
+    const auto left = static_cast<std::size_t>(m_end - m_in);
+    const std::size_t wanted = m_out.getSize() + density.expected(left) + m_blockLength;
     if (wanted <= std::numeric_limits<unsigned int>::max())
       m_out.ensureBuffer(static_cast<unsigned int>(wanted));
   }
 
-  static constexpr std::size_t m_wholeText = std::numeric_limits<unsigned int>::max();
-
   EncodingConvert& m_converter;
   From m_from;
   To m_to;
-  Text m_text;
+  const unsigned char* m_begin;
+  const unsigned char* m_in;
+  const unsigned char* m_end;
+  const unsigned int m_blockLength;
   DataBuffer& m_out;
   LogBase& m_log;
-  const unsigned char* m_begin = m_text.in;
   std::size_t m_sizeBefore = m_out.getSize();
   bool m_isWhole = true;
   bool m_isOdd = false;  // so many bytes have been decoded
@@ -183,11 +182,7 @@ class BlockPivot {
 };
 
 template <typename From, typename To>
-bool pivot(EncodingConvert& converter, int fromCodePage, int toCodePage, const Text& text,
-           DataBuffer& out, LogBase& log) {
-  BlockPivot<From, To> blocks(converter, From(fromCodePage), To(toCodePage), text, out, log);
-  return blocks.run();
-}
+struct Sides {};
 
 bool isPivotSide(int codePage) { return codePage == codePageUtf8 || isRouted(codePage); }
 
@@ -203,12 +198,14 @@ bool canPivotInBlocks(const EncodingConvert& converter, int fromCodePage, int to
 bool pivotInBlocks(EncodingConvert& converter, int fromCodePage, int toCodePage,
                    const unsigned char* data, unsigned int numBytes, unsigned int blockLength,
                    DataBuffer& out, LogBase& log) {
-  const Text text{data, data + numBytes, blockLength};
-  if (fromCodePage == codePageUtf8)
-    return pivot<FromUtf8, ToTable>(converter, fromCodePage, toCodePage, text, out, log);
-  if (toCodePage == codePageUtf8)
-    return pivot<FromTable, ToUtf8>(converter, fromCodePage, toCodePage, text, out, log);
-  return pivot<FromTable, ToTable>(converter, fromCodePage, toCodePage, text, out, log);
+  const auto run = [&]<typename From, typename To>(Sides<From, To>) {
+    return BlockPivot<From, To>(converter, fromCodePage, toCodePage, data, numBytes, blockLength,
+                                out, log)
+        .run();
+  };
+  if (fromCodePage == codePageUtf8) return run(Sides<FromUtf8, ToTable>());
+  if (toCodePage == codePageUtf8) return run(Sides<FromTable, ToUtf8>());
+  return run(Sides<FromTable, ToTable>());
 }
 
 }  // namespace quorvel

@@ -2,7 +2,7 @@
 // kernel/Table.h map what has a mapping, the steps here decide about the rest.
 
 #include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/InLogContext.h"
 #include "quorvel/base/kernel/Target.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
@@ -79,41 +79,44 @@ const unsigned char* decodeByTable(EncodingConvert& converter, const ToUnicodeTa
 }
 
 const ToUnicodeTable* tableToDecode(int codePage, LogBase& log) {
+  const bool isUsed = isRouted(codePage);
+  const ToUnicodeTable* table = isUsed ? tableRegistry::toUnicode(codePage) : nullptr;
+  if (table) return table;
   if (!EncodingConvert::ensureHashToUnicode(codePage, log)) {
     if (log.m_verboseLogging) log.logError("ensureHashToUnicode failed.");
     return nullptr;
   }
-  return isRouted(codePage) ? tableRegistry::toUnicode(codePage) : nullptr;
+  return isUsed ? tableRegistry::toUnicode(codePage) : nullptr;
 }
 
 bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* in,
                                          unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  const LogContextExitor context(log, tableDecodingContext, log.m_verboseLogging);
-  if (log.m_verboseLogging) {
-    log.LogDataLong("fromCodePage", fromCodePage);
-    log.LogDataLong("inDataLen", static_cast<long>(inLen));
-  }
-  const ToUnicodeTable* table = tableToDecode(fromCodePage, log);
-  if (!table) return false;
-  const unsigned char* end = in + inLen;
-  const auto decode = [&] {
-    return decodeByTable(*this, *table, {in, end, end}, out, log) != nullptr;
-  };
-  if (!table->lookup) return decode();
-  const LogContextExitor inner(log, lookupDecodingContext, log.m_verboseLogging);
-  return decode();
+  return inLogContext(log, tableDecodingContext, [&] {
+    if (log.m_verboseLogging) {
+      log.LogDataLong("fromCodePage", fromCodePage);
+      log.LogDataLong("inDataLen", static_cast<long>(inLen));
+    }
+    const ToUnicodeTable* table = tableToDecode(fromCodePage, log);
+    if (!table) return false;
+    const unsigned char* end = in + inLen;
+    const auto decode = [&] {
+      return decodeByTable(*this, *table, {in, end, end}, out, log) != nullptr;
+    };
+    return table->lookup ? inLogContext(log, lookupDecodingContext, decode) : decode();
+  });
 }
 
 bool EncodingConvert::convertToUnicodeByLookup(UnicodeLookup& lookup, const unsigned char* in,
                                                unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  const LogContextExitor context(log, lookupDecodingContext, log.m_verboseLogging);
-  const unsigned char* end = in + inLen;
-  const auto decode = [&](auto... text) {
-    return kernel::scalar::bytesToUnits(lookup.m_units, text...);
-  };
-  return decodeSingleByteText(*this, decode, {in, end, end}, out, log) != nullptr;
+  return inLogContext(log, lookupDecodingContext, [&] {
+    const unsigned char* end = in + inLen;
+    const auto decode = [&](auto... text) {
+      return kernel::scalar::bytesToUnits(lookup.m_units, text...);
+    };
+    return decodeSingleByteText(*this, decode, {in, end, end}, out, log) != nullptr;
+  });
 }
 
 bool EncodingConvert::convertToUnicodeHCVar(HashConvert* hc, const unsigned char* in,

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/InLogContext.h"
 #include "quorvel/base/Utf16Unit.h"
 #include "quorvel/base/kernel/Target.h"
 #include "quorvel/base/qvHelpers.h"
@@ -180,22 +180,26 @@ Encoded encodeByTable(EncodingConvert& converter, const FromUnicodeTable& table,
 }
 
 const FromUnicodeTable* tableToEncode(int codePage, LogBase& log) {
+  const bool isUsed = isRouted(codePage);
+  const FromUnicodeTable* table = isUsed ? tableRegistry::fromUnicode(codePage) : nullptr;
+  if (table) return table;
   EncodingConvert::ensureHashFromUnicode(codePage, log);
-  return isRouted(codePage) ? tableRegistry::fromUnicode(codePage) : nullptr;
+  return isUsed ? tableRegistry::fromUnicode(codePage) : nullptr;
 }
 
 bool EncodingConvert::convertFromUnicodeHC(int toCodePage, const unsigned char* in,
                                            unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  const LogContextExitor context(log, tableEncodingContext, log.m_verboseLogging);
-  if (log.m_verboseLogging) {
-    log.LogDataLong("toCodePage", toCodePage);
-    log.LogDataLong("inDataLen", static_cast<long>(inLen));
-    log.LogDataLong("isLittleEndian", qvIsLittleEndian() ? 1 : 0);
-  }
-  const FromUnicodeTable* table = tableToEncode(toCodePage, log);
-  if (!table || inLen < 2) return false;
-  return succeeded(encodeByTable(*this, *table, wholeText(in, inLen), out, log));
+  return inLogContext(log, tableEncodingContext, [&] {
+    if (log.m_verboseLogging) {
+      log.LogDataLong("toCodePage", toCodePage);
+      log.LogDataLong("inDataLen", static_cast<long>(inLen));
+      log.LogDataLong("isLittleEndian", qvIsLittleEndian() ? 1 : 0);
+    }
+    const FromUnicodeTable* table = tableToEncode(toCodePage, log);
+    if (!table || inLen < 2) return false;
+    return succeeded(encodeByTable(*this, *table, wholeText(in, inLen), out, log));
+  });
 }
 
 bool EncodingConvert::convertFromUnicodeHC2(HashConvert* table, const unsigned char* in,

@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "quorvel/base/GsmText.h"
-#include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/InLogContext.h"
 #include "quorvel/base/_qvUtf.h"
 #include "quorvel/base/qvHelpers.h"
 #include "quorvel/support/BlockPivot.h"
@@ -303,19 +303,14 @@ bool takeRoute(EncodingConvert& converter, int toCodePage, const Source& source,
   return pivot(converter, toCodePage, source, out, log);
 }
 
-}  // namespace
-
-bool EncodingConvert::convert_a(int fromCodePage, int toCodePage, const unsigned char* data,
-                                unsigned int numBytes, DataBuffer& out, LogBase& log) {
-  if (!data || numBytes == 0) return true;
-  const LogContextExitor context(log, "convert_a", log.m_verboseLogging);
-
+bool convertText(EncodingConvert& converter, int fromCodePage, int toCodePage,
+                 const unsigned char* data, unsigned int numBytes, DataBuffer& out, LogBase& log) {
   Source source{fromCodePage, data, numBytes};
   settleByteOrder(source);
   if (source.numBytes == 0) return true;
   if (fromCodePage == toCodePage) return out.append(source.data, source.numBytes);
-  if (fromCodePage == codePageGsm) return fromGsm(*this, toCodePage, source, out, log);
-  if (toCodePage == codePageGsm) return toGsm(*this, source, out, log);
+  if (fromCodePage == codePageGsm) return fromGsm(converter, toCodePage, source, out, log);
+  if (toCodePage == codePageGsm) return toGsm(converter, source, out, log);
   if (fromCodePage == codePageUsAscii && isAsciiSuperset(toCodePage)) {
     return fromUsAscii(toCodePage, source, out);
   }
@@ -324,8 +319,18 @@ bool EncodingConvert::convert_a(int fromCodePage, int toCodePage, const unsigned
   if (normalised == Normalised::nothingLeft) return true;
   if (normalised == Normalised::outOfMemory) return false;
   // Ill-formed text is converted on as far as it goes.
-  const bool ok = takeRoute(*this, toCodePage, source, out, log);
+  const bool ok = takeRoute(converter, toCodePage, source, out, log);
   return ok && normalised == Normalised::clean;
+}
+
+}  // namespace
+
+bool EncodingConvert::convert_a(int fromCodePage, int toCodePage, const unsigned char* data,
+                                unsigned int numBytes, DataBuffer& out, LogBase& log) {
+  if (!data || numBytes == 0) return true;
+  return inLogContext(log, "convert_a", [&] {
+    return convertText(*this, fromCodePage, toCodePage, data, numBytes, out, log);
+  });
 }
 
 }  // namespace quorvel

@@ -37,13 +37,10 @@ struct UnitsPart {
   bool isLast;
 };
 
-/// The longest that a marker and what belongs to it can be.
-inline constexpr unsigned int mostMarkedBytes = 8;
-
 /// How far a part was encoded (null when memory ran out), and whether all of it
 /// had a mapping. What stands at the end of a part and cannot be judged without
-/// what follows is left: fewer than `mostMarkedBytes` bytes. An encoder that
-/// leaves more wants the rest of the text in one part.
+/// what follows is left for the next: the beginning of a marker, of a pair or of
+/// a unit, or the whole rest where the last part alone will do.
 struct Encoded {
   const unsigned char* in;
   bool isWhole;

@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/InLogContext.h"
 #include "quorvel/base/Utf16Unit.h"
 #include "quorvel/base/Utf8Sequence.h"
 #include "quorvel/base/_qvUtf.h"
@@ -98,18 +98,20 @@ Encoded encodeUtf8(EncodingConvert& converter, const UnitsPart& part, DataBuffer
 bool EncodingConvert::cv_utf8_to_utf16(const unsigned char* data, unsigned int numBytes,
                                        DataBuffer& out, LogBase& log) {
   if (!data || numBytes == 0) return true;
-  const LogContextExitor context(log, utf8DecodingContext, log.m_verboseLogging);
-  const unsigned char* end = data + numBytes;
-  return decodeUtf8(*this, {data, end, end}, out, log) != nullptr;
+  return inLogContext(log, utf8DecodingContext, [&] {
+    const unsigned char* end = data + numBytes;
+    return decodeUtf8(*this, {data, end, end}, out, log) != nullptr;
+  });
 }
 
 bool EncodingConvert::cv_utf16_to_utf8(const unsigned char* data, unsigned int numBytes,
                                        DataBuffer& out, LogBase& log) {
   if (!data || numBytes == 0) return true;
-  const LogContextExitor context(log, utf8EncodingContext, log.m_verboseLogging);
-  const bool isEven = numBytes % 2 == 0;
-  const unsigned char* end = data + (numBytes & ~1U);
-  return encodeUtf8(*this, {data, end, true}, out).in && isEven;
+  return inLogContext(log, utf8EncodingContext, [&] {
+    const bool isEven = numBytes % 2 == 0;
+    const unsigned char* end = data + (numBytes & ~1U);
+    return encodeUtf8(*this, {data, end, true}, out).in && isEven;
+  });
 }
 
 }  // namespace quorvel

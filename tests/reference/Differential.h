@@ -4,6 +4,7 @@
 #include <sstream>
 #include <string>
 
+#include "quorvel/support/BlockPivot.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "tests/helpers/Memory.h"
 #include "tests/reference/Converter.h"
@@ -23,6 +24,7 @@ enum class Route {
   convertToUnicodeByLookup,  // with `lookup`
   convertToUnicodeHCVar,     // with `table`
   convertFromUnicodeHC2,     // with `table`
+  pivotInBlocks,             // with `blockLength`; the reference takes the whole text
 };
 
 /// The state of a converter before it is called.
@@ -47,6 +49,7 @@ struct Case {
   Bytes before = {};  // what the output holds already
   UnicodeLookup* lookup = nullptr;
   HashConvert* table = nullptr;
+  unsigned int blockLength = 0;
 };
 
 /// All that a call leaves behind.
@@ -109,6 +112,10 @@ inline bool callLibrary(const Case& c, EncodingConvert& converter, const unsigne
       return converter.convertToUnicodeHCVar(c.table, in, size, out, log);
     case Route::convertFromUnicodeHC2:
       return converter.convertFromUnicodeHC2(c.table, in, size, out, log);
+    case Route::pivotInBlocks: {
+      const LogContextExitor context(log, "convert_a", false);
+      return pivotInBlocks(converter, c.from, c.to, in, size, c.blockLength, out, log);
+    }
   }
   return false;
 }
@@ -119,6 +126,7 @@ inline bool callReference(const Case& c, Converter& converter, Bytes& out, LogBa
     case Route::EncConvert:
       return converter.EncConvert(c.from, c.to, in, out, log);
     case Route::convert_a:
+    case Route::pivotInBlocks:
       return converter.convert_a(c.from, c.to, in, out, log);
     case Route::cv_utf8_to_utf16:
       return converter.cv_utf8_to_utf16(in, out, log);
@@ -230,13 +238,15 @@ inline std::string description(const Case& c) {
                                    "convertFromUnicodeHC",
                                    "by a lookup",
                                    "to Unicode by a table",
-                                   "from Unicode by a table"};
+                                   "from Unicode by a table",
+                                   "in blocks"};
   std::ostringstream text;
   text << names[static_cast<int>(c.route)] << ' ' << c.from << " to " << c.to << ", action "
        << c.settings.action << ", alternate " << c.settings.alternate << ", "
        << c.settings.substitution.size() << " substitution bytes"
        << (c.settings.emitsMarkers ? ", emits" : "") << (c.settings.honorsMarkers ? ", honors" : "")
-       << ", " << c.input.size() << " bytes ";
+       << (c.blockLength ? ", blocks of " + std::to_string(c.blockLength) : "") << ", "
+       << c.input.size() << " bytes ";
   if (c.input.size() <= 600) {
     text << quorvel_test::hex(c.input);
   } else {
