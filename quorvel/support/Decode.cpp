@@ -1,8 +1,9 @@
 // Decoding of the table-driven code pages to UTF-16LE: the loops of
-// TableLoops.cpp map what has a mapping, the members here decide about the rest.
+// kernel/Table.h map what has a mapping, the members here decide about the rest.
 
 #include "quorvel/base/BlockRunner.h"
 #include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/kernel/Target.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/TableLoops.h"
@@ -12,15 +13,15 @@ namespace quorvel {
 
 namespace {
 
-// Decodes multibyte text. A lone byte at the very end is a single-byte error,
-// anything before it one of unknown extent. A character takes at most `mostBytes`
-// bytes. The result tells whether memory sufficed.
-template <typename Table>
-bool decodeText(EncodingConvert& converter, const Table& table, unsigned int mostBytes,
+// Decodes multibyte text by `decode`, which makes at most `mostBytes` bytes of a
+// character. A lone byte at the very end is a single-byte error, anything before
+// it one of unknown extent. The result tells whether memory sufficed.
+template <typename Decode>
+bool decodeText(EncodingConvert& converter, const Decode& decode, unsigned int mostBytes,
                 const unsigned char* in, unsigned int inLen, DataBuffer& out, LogBase& log) {
   const unsigned char* end = in + inLen;
   const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return decodeMultiBytes(table, from, stop, end, room);
+    return decode(from, stop, end, room);
   };
   bool isPerfect = true;
   for (;;) {
@@ -45,6 +46,22 @@ bool decodeText(EncodingConvert& converter, const Table& table, unsigned int mos
   return true;
 }
 
+// Decodes single-byte text by `decode`. The result tells whether memory sufficed.
+template <typename Decode>
+bool decodeSingleBytes(EncodingConvert& converter, const Decode& decode, const unsigned char* in,
+                       unsigned int inLen, DataBuffer& out, LogBase& log) {
+  const LogContextExitor context(log, "convertToUnicodeByLookup", log.m_verboseLogging);
+  const unsigned char* end = in + inLen;
+  for (;;) {
+    in = runInBlocks(decode, in, end, 4, out);
+    if (!in) return false;
+    if (in == end) return true;
+    converter.m_hadError = true;
+    if (converter.m_errorAction != 0) converter.handleErrorFromSingleByte(in, out, log);
+    ++in;
+  }
+}
+
 }  // namespace
 
 bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* in,
@@ -62,26 +79,25 @@ bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* 
   const ToUnicodeTable* table =
       isRouted(fromCodePage) ? tableRegistry::toUnicode(fromCodePage) : nullptr;
   if (!table) return false;
-  if (table->lookup) return convertToUnicodeByLookup(*table->lookup, in, inLen, out, log);
-  return decodeText(*this, *table->pairs, 2, in, inLen, out, log);
+  if (table->bytes) {
+    const auto decode = [loop = kernel::table().bytesToUnits, table](auto... text) {
+      return loop(*table->bytes, text...);
+    };
+    return decodeSingleBytes(*this, decode, in, inLen, out, log);
+  }
+  const auto decode = [loop = kernel::table().pairsToUnits, &pairs = *table->pairs](auto... text) {
+    return loop(pairs, text...);
+  };
+  return decodeText(*this, decode, 2, in, inLen, out, log);
 }
 
 bool EncodingConvert::convertToUnicodeByLookup(UnicodeLookup& lookup, const unsigned char* in,
                                                unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  const LogContextExitor context(log, "convertToUnicodeByLookup", log.m_verboseLogging);
-  const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return decodeSingleBytes(lookup, from, stop, room);
+  const auto decode = [&](auto... text) {
+    return kernel::scalar::bytesToUnits(lookup.m_units, text...);
   };
-  const unsigned char* end = in + inLen;
-  for (;;) {
-    in = runInBlocks(loop, in, end, 4, out);
-    if (!in) return false;
-    if (in == end) return true;
-    m_hadError = true;
-    if (m_errorAction != 0) handleErrorFromSingleByte(in, out, log);
-    ++in;
-  }
+  return decodeSingleBytes(*this, decode, in, inLen, out, log);
 }
 
 bool EncodingConvert::convertToUnicodeHCVar(HashConvert* hc, const unsigned char* in,
@@ -91,7 +107,8 @@ bool EncodingConvert::convertToUnicodeHCVar(HashConvert* hc, const unsigned char
     return false;
   }
   if (!in || inLen == 0) return true;
-  return decodeText(*this, *hc, HashConvert::mostValueBytes, in, inLen, out, log);
+  const auto decode = [hc](auto... text) { return decodeMultiBytes(*hc, text...); };
+  return decodeText(*this, decode, HashConvert::mostValueBytes, in, inLen, out, log);
 }
 
 }  // namespace quorvel

@@ -1,10 +1,11 @@
 // Encoding of UTF-16LE in the table-driven code pages: the loops of
-// TableLoops.cpp map what has a mapping, the members here decide about the rest.
+// kernel/Table.h map what has a mapping, the members here decide about the rest.
 
 #include <memory>
 
 #include "quorvel/base/BlockRunner.h"
 #include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/kernel/Target.h"
 #include "quorvel/base/qvHelpers.h"
 #include "quorvel/support/CodePageNumbers.h"
 #include "quorvel/support/CodePages.h"
@@ -68,16 +69,12 @@ void handleUnmapped(EncodingConvert& converter, const unsigned char* unit, DataB
   }
 }
 
-// `fast` is the table itself or an index of it, with codes of at most `mostBytes`
-// bytes.
-template <typename Fast>
-bool encodeText(EncodingConvert& converter, const HashConvert& table, const Fast& fast,
+// `loop` encodes what `table` maps, a unit in at most `mostBytes` bytes.
+template <typename Loop>
+bool encodeText(EncodingConvert& converter, const HashConvert& table, const Loop& loop,
                 unsigned int mostBytes, const unsigned char* in, unsigned int inLen,
                 DataBuffer& out, LogBase& log) {
   if (inLen < 2) return false;
-  const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return encodeUnits(fast, from, stop, room);
-  };
   bool isWhole = true;
   for (const unsigned char* end = in + (inLen & ~1U);;) {
     in = runInBlocks(loop, in, end, mostBytes, out);
@@ -144,17 +141,22 @@ bool EncodingConvert::convertFromUnicodeHC(int toCodePage, const unsigned char* 
     if (!rewritten) return false;
     in = rewritten.get();
   }
-  if (table->bytes) {
-    return encodeText(*this, *table->hash, *table->bytes, 1, in, inLen, out, log);
-  }
-  return encodeText(*this, *table->hash, *table->codes, 2, in, inLen, out, log);
+  const auto toBytes = [loop = kernel::table().unitsToBytes, table](auto... text) {
+    return loop(*table->bytes, text...);
+  };
+  const auto toPairs = [loop = kernel::table().unitsToPairs, table](auto... text) {
+    return loop(*table->pairs, text...);
+  };
+  return table->bytes ? encodeText(*this, *table->hash, toBytes, 1, in, inLen, out, log)
+                      : encodeText(*this, *table->hash, toPairs, 2, in, inLen, out, log);
 }
 
 bool EncodingConvert::convertFromUnicodeHC2(HashConvert* table, const unsigned char* in,
                                             unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!table) return false;
   if (!in || inLen == 0) return true;
-  return encodeText(*this, *table, *table, HashConvert::mostValueBytes, in, inLen, out, log);
+  const auto loop = [table](auto... text) { return encodeUnits(*table, text...); };
+  return encodeText(*this, *table, loop, HashConvert::mostValueBytes, in, inLen, out, log);
 }
 
 }  // namespace quorvel
