@@ -13,10 +13,18 @@ namespace {
 const iconv_t notKnown = reinterpret_cast<iconv_t>(-1);
 constexpr auto failed = static_cast<std::size_t>(-1);
 
+// Around iconv, what its users write: a loop that handles what it stops at.
 class IconvContender : public Contender {
  public:
-  IconvContender(iconv_t descriptor, std::size_t largest)
-      : m_descriptor(descriptor), m_room(roomFor(largest)) {}
+  IconvContender(iconv_t descriptor, const std::string& from, const std::string& to,
+                 std::size_t largest, OnError onError)
+      : m_descriptor(descriptor),
+        m_room(roomFor(largest)),
+        m_isFromUtf8(from == "UTF-8"),
+        m_isFromUtf16(from == "UTF-16LE"),
+        m_isToUtf16(to.rfind("UTF-16LE", 0) == 0),
+        m_isIgnoring(to.find("//IGNORE") != std::string::npos),
+        m_onError(onError) {}
   IconvContender(const IconvContender&) = delete;
   IconvContender& operator=(const IconvContender&) = delete;
   ~IconvContender() override { iconv_close(m_descriptor); }
@@ -27,40 +35,11 @@ class IconvContender : public Contender {
     std::size_t inLeft = text.size();
     char* out = m_room.data();
     std::size_t outLeft = m_room.size();
-    const std::size_t irreversible = iconv(m_descriptor, &in, &inLeft, &out, &outLeft);
-    m_size = m_room.size() - outLeft;
-    return irreversible == 0 && inLeft == 0;
-  }
-
-  std::string_view result() const override { return {m_room.data(), m_size}; }
-
- protected:
-  iconv_t m_descriptor;
-  std::vector<char> m_room;
-  std::size_t m_size = 0;
-};
-
-// What glibc's users write around it: a loop that handles what it stops at.
-class PatientIconvContender : public IconvContender {
- public:
-  PatientIconvContender(iconv_t descriptor, std::size_t largest, const std::string& from,
-                        const std::string& to, OnError onError)
-      : IconvContender(descriptor, largest),
-        m_isFromUtf8(from == "UTF-8"),
-        m_isFromUtf16(from == "UTF-16LE"),
-        m_isToUtf16(to.rfind("UTF-16LE", 0) == 0),
-        m_isIgnoring(to.find("//IGNORE") != std::string::npos),
-        m_onError(onError) {}
-
-  bool convert(std::string_view text) override {
-    iconv(m_descriptor, nullptr, nullptr, nullptr, nullptr);
-    char* in = const_cast<char*>(text.data());
-    std::size_t inLeft = text.size();
-    char* out = m_room.data();
-    std::size_t outLeft = m_room.size();
-    for (const char* last = nullptr;
-         iconv(m_descriptor, &in, &inLeft, &out, &outLeft) == failed && inLeft > 0; last = in) {
-      if (errno == E2BIG || outLeft < mostPerError) return false;
+    std::size_t irreversible = 0;
+    for (const char* last = nullptr;; last = in) {
+      irreversible = iconv(m_descriptor, &in, &inLeft, &out, &outLeft);
+      if (irreversible != failed || inLeft == 0) break;
+      if (m_onError == OnError::stop || errno == E2BIG || outLeft < mostPerError) return false;
       // With "//IGNORE" it has gone on and tells only that there was something.
       if (m_isIgnoring && in != last) continue;
       const std::size_t length = lengthAt({in, inLeft});
@@ -69,8 +48,10 @@ class PatientIconvContender : public IconvContender {
       inLeft -= length;
     }
     m_size = m_room.size() - outLeft;
-    return true;
+    return m_onError != OnError::stop || irreversible == 0;
   }
+
+  std::string_view result() const override { return {m_room.data(), m_size}; }
 
  private:
   static constexpr std::size_t mostPerError = 64;
@@ -106,6 +87,9 @@ class PatientIconvContender : public IconvContender {
     outLeft -= static_cast<std::size_t>(out - begin);
   }
 
+  iconv_t m_descriptor;
+  std::vector<char> m_room;
+  std::size_t m_size = 0;
   bool m_isFromUtf8;
   bool m_isFromUtf16;
   bool m_isToUtf16;
@@ -119,8 +103,7 @@ std::unique_ptr<Contender> makeIconv(const std::string& from, const std::string&
                                      std::size_t largest, OnError onError) {
   const iconv_t descriptor = iconv_open(to.c_str(), from.c_str());
   if (descriptor == notKnown) return nullptr;
-  if (onError == OnError::stop) return std::make_unique<IconvContender>(descriptor, largest);
-  return std::make_unique<PatientIconvContender>(descriptor, largest, from, to, onError);
+  return std::make_unique<IconvContender>(descriptor, from, to, largest, onError);
 }
 
 }  // namespace quorvel::bench
