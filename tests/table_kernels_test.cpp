@@ -8,6 +8,7 @@
 
 #include "quorvel/base/NullLog.h"
 #include "quorvel/base/kernel/Target.h"
+#include "quorvel/support/ArabicDigits.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/TableIndex.h"
@@ -58,7 +59,21 @@ Moved decodedByProbes(const HashConvert& table, std::string_view text, std::size
                  text, room);
 }
 
-Moved encodedByProbes(const HashConvert& table, std::string_view text) {
+// Pages that write Arabic digits as ASCII have them so in what the loops read.
+std::string asEncoded(const HashConvert& table, std::string_view text) {
+  std::string units(text);
+  if (!takesAsciiDigits(table.codePage())) return units;
+  for (std::size_t i = 0; i + 1 < units.size(); i += 2) {
+    const unsigned int unit = bytesOf(units)[i] | bytesOf(units)[i + 1] << 8;
+    if (!isArabicDigit(unit)) continue;
+    units[i] = static_cast<char>(asciiDigitOf(unit));
+    units[i + 1] = 0;
+  }
+  return units;
+}
+
+Moved encodedByProbes(const HashConvert& table, std::string_view original) {
+  const std::string text = asEncoded(table, original);
   std::string room = roomFor(text);
   const unsigned char* in = bytesOf(text);
   return movedBy(

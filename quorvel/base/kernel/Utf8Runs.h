@@ -8,7 +8,6 @@
 
 #include "quorvel/base/Progress.h"
 #include "quorvel/base/Utf16Unit.h"
-#include "quorvel/base/Utf8Sequence.h"
 #include "quorvel/base/kernel/AsciiRun.h"
 
 /// Decodes UTF-8 in runs of characters of one length, whatever it becomes. `Form`
@@ -88,14 +87,30 @@ Progress decodeFours(const unsigned char* in, const unsigned char* end, unsigned
   return {in, out};
 }
 
+// As `loadFour`, with zeros for the bytes from `end` on: none of them goes on
+// with a character.
+inline std::uint32_t loadUpToFour(const unsigned char* p, const unsigned char* end) {
+  if (end - p >= 4) return loadFour(p);
+  unsigned char bytes[4] = {};
+  for (std::ptrdiff_t i = 0; i < end - p; ++i) bytes[i] = p[i];
+  return loadFour(bytes);
+}
+
 template <typename Form>
 Progress decodeOne(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  const Utf8Sequence sequence = decodeUtf8(in, static_cast<std::size_t>(end - in));
-  if (!sequence.isWellFormed) return {in, out};
-  out = sequence.length == 4   ? Form::putBeyond(sequence.codePoint, out)
-        : sequence.length == 1 ? Form::putAscii(sequence.codePoint, out)
-                               : Form::putBasic(sequence.codePoint, out);
-  return {in + sequence.length, out};
+  if (*in < 0x80) return {in + 1, Form::putAscii(*in, out)};
+  const std::uint32_t bytes = loadUpToFour(in, end);
+  if (isTwo(bytes)) {
+    const unsigned int unit = joinTwo(in);
+    return unit < 0x80 ? Progress{in, out} : Progress{in + 2, Form::putBasic(unit, out)};
+  }
+  if (isThree(bytes)) {
+    const unsigned int unit = joinThree(in);
+    if (unit < 0x800 || isSurrogate(unit)) return {in, out};
+    return {in + 3, Form::putBasic(unit, out)};
+  }
+  const bool isBeyond = isFour(bytes) && joinFour(in) - 0x10000 < 0x100000;
+  return isBeyond ? Progress{in + 4, Form::putBeyond(joinFour(in), out)} : Progress{in, out};
 }
 
 template <typename Form>
@@ -111,6 +126,8 @@ Progress decode(const unsigned char* in, const unsigned char* end, unsigned char
       Form::widenRun(in, out);
       in += count;
       out += std::size_t{Form::bytesPerAscii} * count;
+    } else {
+      while (in != end && *in < 0x80) out = Form::putAscii(*in++, out);
     }
     if (in == end) break;
     Progress progress = *in < 0xE0   ? decodeTwos<Form>(in, end, out)
