@@ -1,15 +1,15 @@
 // The library against the reference: the same result, flags, bytes and log
-// lines on whatever is thrown at both. The seeds are fixed.
+// lines on whatever is thrown at both.
 
 #include <gtest/gtest.h>
 
 #include <map>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "quorvel/support/EncodingConvert.h"
+#include "tests/helpers/Seed.h"
 #include "tests/reference/Differential.h"
 #include "tests/support/Tables.h"
 
@@ -49,7 +49,7 @@ const std::vector<int> kAlternates = {0,    0,   0,     0,   65001, 1200,  1201,
 
 class Random {
  public:
-  explicit Random(unsigned int seed) : m_engine(seed) {}
+  explicit Random(unsigned int number) : m_engine(number) {}
 
   unsigned int below(std::size_t n) { return static_cast<unsigned int>(m_engine() % n); }
   bool oneIn(unsigned int n) { return below(n) == 0; }
@@ -61,7 +61,7 @@ class Random {
   }
 
  private:
-  std::mt19937 m_engine;
+  quorvel::test_seed::Random m_engine;
 };
 
 /// The keys of the table of a code page: two-byte codes, or units.
@@ -575,6 +575,140 @@ TEST(Reference, AgreesOnEveryShortLength) {
       }
     }
   }
+}
+
+// --- The pivot in blocks ----------------------------------------------------------
+
+/// The error actions of which none converts again.
+const std::vector<int> kActionsInBlocks = {0, 1, 2, 3, 7, 8, 9};
+
+const std::vector<Situation> kPivots = {
+    {Route::pivotInBlocks,
+     65001,
+     932,
+     {"41", "E3 81 82"},
+     {"FF", "C3 A9", "E3 81", "F0 9F 98 80", "EE BF BD", "EE BF BD 02 41", "EE BF BD 09"}},
+    {Route::pivotInBlocks,
+     65001,
+     1252,
+     {"41", "C3 A9"},
+     {"FF FF", "E3 81 82", "F0 9F 98", "ED A0 80", "00", "EE BF BD 05", "EE BF BD E2 80 81"}},
+    {Route::pivotInBlocks,
+     65001,
+     1256,
+     {"D9 A1", "DB B1 41", "C3 A2"},
+     {"FF", "EE BF BD 00", "EE BF BD 01", "EE BF BD 04 D9 A1", "E0 A0 86 E6 80 86", "00"}},
+    {Route::pivotInBlocks, 1252, 28596, {"41"}, {"81", "E9", "81 E9 8D", "00"}},
+    {Route::pivotInBlocks,
+     932,
+     65001,
+     {"41", "82 A0", "B1"},
+     {"82", "FF", "85 40", "82 00", "00", "A0 A0 A0"}},
+    {Route::pivotInBlocks, 1361, 65001, {"88 61"}, {"FF", "88 20", "41", "FF FF FF"}},
+    {Route::pivotInBlocks, 51949, 65001, {"B0 A1", "41"}, {"FF", "C9 A1 C9 A1", "00", "FF 41"}},
+    {Route::pivotInBlocks, 1251, 866, {"41", "E0"}, {"98", "80", "98 98 80 80", "00"}},
+    {Route::pivotInBlocks, 51932, 932, {"A4 A2", "41"}, {"8F A2 AF", "A4", "FF", "A9 A1 FF"}},
+    {Route::pivotInBlocks, 936, 1252, {"41", "A8 A6"}, {"B0 A1", "FF", "B0", "A8 A6 FF FF"}},
+};
+
+Case pivotCase(const Situation& situation, int action, const Bytes& substitution) {
+  Case c;
+  c.route = situation.route;
+  c.from = situation.from;
+  c.to = situation.to;
+  c.settings.action = action;
+  c.settings.substitution = substitution;
+  c.settings.fromCodePage = situation.from;
+  c.settings.toCodePage = situation.to;
+  c.isVerbose = false;
+  return c;
+}
+
+TEST(Reference, AgreesAtTheEndsOfPivotBlocks) {
+  Random random(12);
+  Comparison comparison;
+  for (const Situation& situation : kPivots) {
+    for (const int action : kActionsInBlocks) {
+      for (const std::string& event : situation.events) {
+        for (std::size_t place = 0; place < 24; ++place) {
+          Case c = pivotCase(situation, action, randomSubstitution(random));
+          const Bytes filler = bytes(random.of(situation.fillers));
+          c.input = filledUpTo(place, filler) + bytes(event);
+          add(c.input, filledUpTo(random.below(20), filler));
+          if (random.oneIn(2)) add(c.input, bytes(random.of(situation.events)));
+          for (c.blockLength = quorvel::fewestBytesPerBlock; c.blockLength < 12; ++c.blockLength) {
+            ASSERT_EQ(comparison.differences(c), "");
+          }
+        }
+      }
+    }
+  }
+}
+
+int randomPivotSide(Random& random) {
+  if (random.oneIn(3)) return 65001;
+  if (random.oneIn(6)) return random.oneIn(2) ? 1256 : 28596;
+  return random.of(random.oneIn(2) ? kMultiByte : kSingleByte);
+}
+
+/// A case of which the pivot does the whole: no mark, and no shorter way.
+Case randomPivotCase(Random& random) {
+  int from = randomPivotSide(random);
+  int to = randomPivotSide(random);
+  while (from == 20127) from = randomPivotSide(random);
+  while (to == from) to = randomPivotSide(random);
+  Case c = randomCase(random, Route::pivotInBlocks, from, to);
+  if (random.oneIn(4)) c.settings.fromCodePage = randomDestination(random);
+  c.settings.action = random.of(kActionsInBlocks);
+  c.isVerbose = false;
+  c.blockLength = quorvel::fewestBytesPerBlock + random.below(random.oneIn(3) ? 100 : 12);
+  c.input.insert(c.input.begin(), 0x41);
+  return c;
+}
+
+TEST(Reference, AgreesOnThePivotInShortBlocks) { expectAgreement(13, 150000, randomPivotCase); }
+
+/// Whether a silent conversion of this case goes through the pivot in blocks.
+bool goesInBlocks(const Case& c) {
+  EncodingConvert converter;
+  converter.setErrorAction(c.settings.action);
+  const NullLog log;
+  return quorvel::canPivotInBlocks(converter, c.from, c.to, sizeOf(c.input), log);
+}
+
+TEST(Reference, AgreesOnTextOfSeveralBlocks) {
+  Random random(14);
+  Comparison comparison;
+  for (const Situation& situation : kPivots) {
+    for (const int action : kActionsInBlocks) {
+      Case c = pivotCase(situation, action, randomSubstitution(random));
+      c.route = Route::convert_a;
+      const Bytes filler = bytes(random.of(situation.fillers));
+      const std::size_t end = quorvel::sourceBytesPerBlock * (1 + random.below(3));
+      // Around a block's end, whatever of the fillers' lengths fits in front.
+      c.input = filledUpTo(end - random.below(6), filler);
+      c.input.insert(c.input.end(), random.below(5), 0x41);
+      add(c.input, bytes(random.of(situation.events)));
+      add(c.input, filledUpTo(random.below(2 * quorvel::sourceBytesPerBlock), filler));
+      ASSERT_TRUE(goesInBlocks(c));
+      ASSERT_EQ(comparison.differences(c), "");
+    }
+  }
+}
+
+TEST(Reference, TakesThePivotInBlocksOnlyWhereThatShowsNowhere) {
+  Case c = pivotCase(kPivots[0], 0, {});
+  EXPECT_FALSE(goesInBlocks(c));
+  c.input = {0x41};
+  EXPECT_TRUE(goesInBlocks(c));
+  c.settings.action = 6;
+  EXPECT_FALSE(goesInBlocks(c));
+  c.settings.action = 2;
+  c.to = 28600;
+  EXPECT_FALSE(goesInBlocks(c));
+  c.to = 932;
+  c.from = 28600;
+  EXPECT_FALSE(goesInBlocks(c));
 }
 
 }  // namespace

@@ -14,12 +14,11 @@ constexpr unsigned int mostBytes = std::numeric_limits<unsigned int>::max();
 constexpr unsigned int smallestBlock = 64;
 }  // namespace
 
-DataBuffer::~DataBuffer() { release(); }
-
 DataBuffer::DataBuffer(DataBuffer&& other) noexcept
     : m_data(std::exchange(other.m_data, nullptr)),
       m_size(std::exchange(other.m_size, 0)),
-      m_capacity(std::exchange(other.m_capacity, 0)) {}
+      m_capacity(std::exchange(other.m_capacity, 0)),
+      m_isStorageLent(std::exchange(other.m_isStorageLent, false)) {}
 
 DataBuffer& DataBuffer::operator=(DataBuffer&& other) noexcept {
   if (this != &other) {
@@ -27,6 +26,7 @@ DataBuffer& DataBuffer::operator=(DataBuffer&& other) noexcept {
     m_data = std::exchange(other.m_data, nullptr);
     m_size = std::exchange(other.m_size, 0);
     m_capacity = std::exchange(other.m_capacity, 0);
+    m_isStorageLent = std::exchange(other.m_isStorageLent, false);
   }
   return *this;
 }
@@ -56,6 +56,16 @@ void DataBuffer::clear() {
 
 void DataBuffer::shorten(unsigned int size) { m_size = std::min(m_size, size); }
 
+void DataBuffer::dropFront(unsigned int count) {
+  const unsigned int dropped = std::min(count, m_size);
+  m_size -= dropped;
+  if (m_capacity == 0) {
+    if (m_data) m_data += dropped;
+  } else if (dropped) {
+    std::memmove(m_data, m_data + dropped, m_size);
+  }
+}
+
 bool DataBuffer::ensureBuffer(unsigned int capacity) {
   return capacity <= m_capacity || grow(std::max(capacity, m_size));
 }
@@ -66,8 +76,6 @@ unsigned char* DataBuffer::growBy(unsigned int count) {
   if (needed > m_capacity && !grow(needed)) return nullptr;
   return m_data + m_size;
 }
-
-void DataBuffer::keepWritten(unsigned int count) { m_size += count; }
 
 const unsigned char* DataBuffer::getData2() const { return m_size ? m_data : nullptr; }
 
@@ -91,6 +99,13 @@ void DataBuffer::takeData(unsigned char* block, unsigned int count) {
   m_data = block;
   m_size = count;
   m_capacity = count;
+}
+
+void DataBuffer::lendStorage(unsigned char* storage, unsigned int capacity) {
+  release();
+  m_data = storage;
+  m_capacity = storage ? capacity : 0;
+  m_isStorageLent = m_capacity != 0;
 }
 
 bool DataBuffer::drop_non_usascii() {
@@ -124,10 +139,11 @@ bool DataBuffer::relocate(unsigned int capacity) {
 }
 
 void DataBuffer::release() {
-  if (m_capacity) delete[] m_data;
+  if (m_capacity && !m_isStorageLent) delete[] m_data;
   m_data = nullptr;
   m_size = 0;
   m_capacity = 0;
+  m_isStorageLent = false;
 }
 
 }  // namespace quorvel

@@ -14,7 +14,9 @@ namespace quorvel {
 class QUORVEL_API DataBuffer {
  public:
   DataBuffer() = default;
-  ~DataBuffer();
+  ~DataBuffer() {
+    if (m_capacity) release();
+  }
   DataBuffer(DataBuffer&& other) noexcept;
   DataBuffer& operator=(DataBuffer&& other) noexcept;
   DataBuffer(const DataBuffer&) = delete;
@@ -37,6 +39,9 @@ class QUORVEL_API DataBuffer {
   /// Drops the bytes from index `size` on; a larger `size` changes nothing.
   void shorten(unsigned int size);
 
+  /// Drops the first `count` bytes, or all if there are fewer.
+  void dropFront(unsigned int count);
+
   /// Grows the capacity to at least `capacity` bytes in all, so that content
   /// up to that size needs no further allocation.
   bool ensureBuffer(unsigned int capacity);
@@ -46,9 +51,14 @@ class QUORVEL_API DataBuffer {
   /// written with `keepWritten`; any other change in between ends the loan.
   unsigned char* growBy(unsigned int count);
 
+  /// As `growBy`, but null where the capacity would have to grow.
+  unsigned char* roomFor(unsigned int count) {
+    return m_capacity > m_size && count <= m_capacity - m_size ? m_data + m_size : nullptr;
+  }
+
   /// Makes the first `count` bytes written after `growBy` part of the
   /// content. `count` must not exceed what `growBy` was asked for.
-  void keepWritten(unsigned int count);
+  void keepWritten(unsigned int count) { m_size += count; }
 
   /// The content, or null when the buffer is empty. Valid until the next
   /// change.
@@ -69,6 +79,11 @@ class QUORVEL_API DataBuffer {
   /// bytes as content. What the buffer held before is freed.
   void takeData(unsigned char* block, unsigned int count);
 
+  /// Takes `capacity` bytes of the caller's as storage until the content
+  /// outgrows them; the buffer does not free them and must not be used when they
+  /// are gone. What it held before is freed.
+  void lendStorage(unsigned char* storage, unsigned int capacity);
+
   /// Removes every byte in 0x80 to 0xFF and keeps the order of the rest.
   /// Returns false, with the content as it was, only when a borrowed buffer
   /// cannot be copied.
@@ -82,6 +97,7 @@ class QUORVEL_API DataBuffer {
   unsigned char* m_data = nullptr;
   unsigned int m_size = 0;
   unsigned int m_capacity = 0;  // 0 while the bytes are borrowed
+  bool m_isStorageLent = false;
 };
 
 }  // namespace quorvel

@@ -1,10 +1,12 @@
 // Decoding of the table-driven code pages to UTF-16LE: the loops of
-// TableLoops.cpp map what has a mapping, the members here decide about the rest.
+// kernel/Table.h map what has a mapping, the steps here decide about the rest.
 
 #include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/InLogContext.h"
+#include "quorvel/base/kernel/Target.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/Steps.h"
 #include "quorvel/support/TableLoops.h"
 #include "quorvel/support/TableRegistry.h"
 
@@ -12,26 +14,27 @@ namespace quorvel {
 
 namespace {
 
-// Decodes multibyte text. A lone byte at the very end is a single-byte error,
-// anything before it one of unknown extent. A character takes at most `mostBytes`
-// bytes. The result tells whether memory sufficed.
-template <typename Table>
-bool decodeText(EncodingConvert& converter, const Table& table, unsigned int mostBytes,
-                const unsigned char* in, unsigned int inLen, DataBuffer& out, LogBase& log) {
-  const unsigned char* end = in + inLen;
+// Decodes multibyte text by `decode`, which makes at most `mostBytes` bytes of a
+// character. A lone byte at the very end is a single-byte error, anything before
+// it one of unknown extent.
+template <typename Decode>
+const unsigned char* decodeText(EncodingConvert& converter, const Decode& decode,
+                                unsigned int mostBytes, const SourcePart& part, DataBuffer& out,
+                                LogBase& log) {
   const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return decodeMultiBytes(table, from, stop, end, room);
+    return decode(from, stop, part.end, room);
   };
+  const unsigned char* in = part.in;
   bool isPerfect = true;
   for (;;) {
-    in = runInBlocks(loop, in, end, 2 * mostBytes, out);
-    if (!in) return false;
-    if (in == end) break;
+    in = runInBlocks(loop, in, part.stop, 2 * mostBytes, out);
+    if (!in) return nullptr;
+    if (in >= part.stop) break;
     isPerfect = false;
     converter.m_hadError = true;
     int skipped = 1;
     if (converter.m_errorAction != 0) {
-      if (end - in == 1) {
+      if (part.end - in == 1) {
         converter.handleErrorFromSingleByte(in, out, log);
       } else {
         skipped = converter.handleErrorFromUnknown(in, out, log);
@@ -42,46 +45,78 @@ bool decodeText(EncodingConvert& converter, const Table& table, unsigned int mos
   if (!isPerfect && log.m_verboseLogging) {
     log.logError("imperfect conversion in convertToUnicodeHCVar");
   }
-  return true;
+  return in;
+}
+
+// Decodes single-byte text by `decode`.
+template <typename Decode>
+const unsigned char* decodeSingleByteText(EncodingConvert& converter, const Decode& decode,
+                                          const SourcePart& part, DataBuffer& out, LogBase& log) {
+  for (const unsigned char* in = part.in;;) {
+    in = runInBlocks(decode, in, part.stop, 4, out);
+    if (!in || in == part.stop) return in;
+    converter.m_hadError = true;
+    if (converter.m_errorAction != 0) converter.handleErrorFromSingleByte(in, out, log);
+    ++in;
+  }
 }
 
 }  // namespace
 
+const unsigned char* decodeByTable(EncodingConvert& converter, const ToUnicodeTable& table,
+                                   const SourcePart& part, DataBuffer& out, LogBase& log) {
+  const kernel::Table& loops = kernel::table();
+  if (table.bytes) {
+    const auto decode = [loop = loops.bytesToUnits, &bytes = *table.bytes](auto... text) {
+      return loop(bytes, text...);
+    };
+    return decodeSingleByteText(converter, decode, part, out, log);
+  }
+  const auto decode = [loop = loops.pairsToUnits, &pairs = *table.pairs](auto... text) {
+    return loop(pairs, text...);
+  };
+  return decodeText(converter, decode, 2, part, out, log);
+}
+
+const ToUnicodeTable* tableToDecode(int codePage, LogBase& log) {
+  const bool isUsed = isRouted(codePage);
+  const ToUnicodeTable* table = isUsed ? tableRegistry::toUnicode(codePage) : nullptr;
+  if (table) return table;
+  if (!EncodingConvert::ensureHashToUnicode(codePage, log)) {
+    if (log.m_verboseLogging) log.logError("ensureHashToUnicode failed.");
+    return nullptr;
+  }
+  return isUsed ? tableRegistry::toUnicode(codePage) : nullptr;
+}
+
 bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* in,
                                          unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  const LogContextExitor context(log, "convertToUnicodeHC", log.m_verboseLogging);
-  if (log.m_verboseLogging) {
-    log.LogDataLong("fromCodePage", fromCodePage);
-    log.LogDataLong("inDataLen", static_cast<long>(inLen));
-  }
-  if (!ensureHashToUnicode(fromCodePage, log)) {
-    if (log.m_verboseLogging) log.logError("ensureHashToUnicode failed.");
-    return false;
-  }
-  const ToUnicodeTable* table =
-      isRouted(fromCodePage) ? tableRegistry::toUnicode(fromCodePage) : nullptr;
-  if (!table) return false;
-  if (table->lookup) return convertToUnicodeByLookup(*table->lookup, in, inLen, out, log);
-  return decodeText(*this, *table->pairs, 2, in, inLen, out, log);
+  return inLogContext(log, tableDecodingContext, [&] {
+    if (log.m_verboseLogging) {
+      log.LogDataLong("fromCodePage", fromCodePage);
+      log.LogDataLong("inDataLen", static_cast<long>(inLen));
+    }
+    const ToUnicodeTable* table = tableToDecode(fromCodePage, log);
+    if (!table) return false;
+    const unsigned char* end = in + inLen;
+    const auto decode = [&] {
+      return decodeByTable(*this, *table, {in, end, end}, out, log) != nullptr;
+    };
+    return table->lookup ? inLogContext(log, lookupDecodingContext, decode) : decode();
+  });
 }
 
 bool EncodingConvert::convertToUnicodeByLookup(UnicodeLookup& lookup, const unsigned char* in,
                                                unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  const LogContextExitor context(log, "convertToUnicodeByLookup", log.m_verboseLogging);
-  const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return decodeSingleBytes(lookup, from, stop, room);
-  };
-  const unsigned char* end = in + inLen;
-  for (;;) {
-    in = runInBlocks(loop, in, end, 4, out);
-    if (!in) return false;
-    if (in == end) return true;
-    m_hadError = true;
-    if (m_errorAction != 0) handleErrorFromSingleByte(in, out, log);
-    ++in;
-  }
+  return inLogContext(log, lookupDecodingContext, [&] {
+    const unsigned char* end = in + inLen;
+    const auto decode = [&](auto... text) {
+      return kernel::scalar::bytesToUnits(lookup.m_units, text...);
+    };
+    return decodeSingleByteText(*this, decode, {in, end, end}, out, log) != nullptr;
+  });
 }
 
 bool EncodingConvert::convertToUnicodeHCVar(HashConvert* hc, const unsigned char* in,
@@ -91,7 +126,10 @@ bool EncodingConvert::convertToUnicodeHCVar(HashConvert* hc, const unsigned char
     return false;
   }
   if (!in || inLen == 0) return true;
-  return decodeText(*this, *hc, HashConvert::mostValueBytes, in, inLen, out, log);
+  const unsigned char* end = in + inLen;
+  const auto decode = [hc](auto... text) { return decodeMultiBytes(*hc, text...); };
+  return decodeText(*this, decode, HashConvert::mostValueBytes, {in, end, end}, out, log) !=
+         nullptr;
 }
 
 }  // namespace quorvel

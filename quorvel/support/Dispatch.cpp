@@ -3,12 +3,13 @@
 // before anything else and wraps the destinations that the pivot does not know.
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 #include <memory>
 
+#include "quorvel/base/InLogContext.h"
 #include "quorvel/base/Japanese.h"
 #include "quorvel/base/Korean.h"
-#include "quorvel/base/LogContextExitor.h"
 #include "quorvel/base/_qvUtf.h"
 #include "quorvel/base/qvHelpers.h"
 #include "quorvel/support/ByteOrder.h"
@@ -30,11 +31,10 @@ struct Request {
 
 bool isPdf(const unsigned char* data, unsigned int numBytes) {
   constexpr char signature[] = "%PDF-1";
-  constexpr int length = sizeof signature - 1;
+  constexpr unsigned int length = sizeof signature - 1;
   // The signature alone is text like any other; only with more behind it is it
   // the beginning of a document.
-  return numBytes > length &&
-         qvStrNCmp(reinterpret_cast<const char*>(data), signature, length) == 0;
+  return numBytes > length && std::memcmp(data, signature, length) == 0;
 }
 
 bool isAccepted(int codePage) { return codePage == codePageEbcdicUs || codePage >= 100; }
@@ -141,15 +141,8 @@ bool takeDestinationRoute(EncodingConvert& converter, const Request& request, Da
   return convertVia(converter, to, request, out, log);
 }
 
-bool convertAccepted(EncodingConvert& converter, Request request, DataBuffer& out, LogBase& log) {
-  std::unique_ptr<unsigned char[]> logicalOrder;
-  if (request.fromCodePage == codePageMacArabic) {
-    logicalOrder.reset(qvNewUnsignedChar(request.numBytes));
-    if (!logicalOrder) return false;
-    std::copy_n(request.data, request.numBytes, logicalOrder.get());
-    reorderMacArabic(logicalOrder.get(), request.numBytes);
-    request.data = logicalOrder.get();
-  }
+bool convertOrdered(EncodingConvert& converter, const Request& request, DataBuffer& out,
+                    LogBase& log) {
   if (isIso2022Jp(request.fromCodePage)) return fromIso2022Jp(converter, request, out, log);
   if (request.fromCodePage == codePageIso2022Kr) return fromIso2022Kr(converter, request, out, log);
 
@@ -157,6 +150,20 @@ bool convertAccepted(EncodingConvert& converter, Request request, DataBuffer& ou
   converter.m_fromCodePage = request.fromCodePage;
   converter.m_toCodePage = request.toCodePage;
   return takeDestinationRoute(converter, request, out, log);
+}
+
+bool convertAccepted(EncodingConvert& converter, const Request& request, DataBuffer& out,
+                     LogBase& log) {
+  if (request.fromCodePage != codePageMacArabic) {
+    return convertOrdered(converter, request, out, log);
+  }
+  const std::unique_ptr<unsigned char[]> logicalOrder(qvNewUnsignedChar(request.numBytes));
+  if (!logicalOrder) return false;
+  std::copy_n(request.data, request.numBytes, logicalOrder.get());
+  reorderMacArabic(logicalOrder.get(), request.numBytes);
+  Request ordered = request;
+  ordered.data = logicalOrder.get();
+  return convertOrdered(converter, ordered, out, log);
 }
 
 struct Preamble {
@@ -179,23 +186,22 @@ bool EncodingConvert::EncConvert(int fromCodePage, int toCodePage, const unsigne
   if (!data || numBytes == 0) return true;
   if (isPdf(data, numBytes)) return out.append(data, numBytes);
 
-  const LogContextExitor context(log, "EncConvert", log.m_verboseLogging);
-  if (log.m_verboseLogging) {
-    log.LogDataLong("fromCodePage", fromCodePage);
-    log.LogDataLong("toCodePage", toCodePage);
-  }
-
-  if (toCodePage == 0) toCodePage = fromCodePage;
-  if (fromCodePage == 0) fromCodePage = toCodePage;
-  if (fromCodePage == toCodePage) {
-    out.append(data, numBytes);
-    return true;
-  }
-  if (!isAccepted(fromCodePage) || !isAccepted(toCodePage)) return false;
-
-  const bool ok = convertAccepted(*this, {fromCodePage, toCodePage, data, numBytes}, out, log);
-  if (!ok) m_hadError = true;
-  return ok;
+  return inLogContext(log, "EncConvert", [&] {
+    if (log.m_verboseLogging) {
+      log.LogDataLong("fromCodePage", fromCodePage);
+      log.LogDataLong("toCodePage", toCodePage);
+    }
+    const int from = fromCodePage ? fromCodePage : toCodePage;
+    const int to = toCodePage ? toCodePage : fromCodePage;
+    if (from == to) {
+      out.append(data, numBytes);
+      return true;
+    }
+    if (!isAccepted(from) || !isAccepted(to)) return false;
+    const bool ok = convertAccepted(*this, {from, to, data, numBytes}, out, log);
+    if (!ok) m_hadError = true;
+    return ok;
+  });
 }
 
 bool EncodingConvert::EncConvertWithPreamble(int fromCodePage, int toCodePage,

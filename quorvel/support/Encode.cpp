@@ -1,17 +1,23 @@
 // Encoding of UTF-16LE in the table-driven code pages: the loops of
-// TableLoops.cpp map what has a mapping, the members here decide about the rest.
+// kernel/Table.h map what has a mapping, the steps here decide about the rest.
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 
 #include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/InLogContext.h"
+#include "quorvel/base/Utf16Unit.h"
+#include "quorvel/base/kernel/Target.h"
 #include "quorvel/base/qvHelpers.h"
+#include "quorvel/support/ArabicDigits.h"
 #include "quorvel/support/CodePageNumbers.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/ErrorPolicy.h"
 #include "quorvel/support/PassthroughMarker.h"
 #include "quorvel/support/ScopedRestore.h"
+#include "quorvel/support/Steps.h"
 #include "quorvel/support/TableLoops.h"
 #include "quorvel/support/TableRegistry.h"
 
@@ -19,8 +25,8 @@ namespace quorvel {
 
 namespace {
 
-bool isMarker(const unsigned char* in, const unsigned char* end) {
-  return end - in >= 3 && in[0] == passthroughMarker[0] && in[1] == passthroughMarker[1];
+bool isMarker(const unsigned char* in) {
+  return in[0] == passthroughMarker[0] && in[1] == passthroughMarker[1];
 }
 
 // Writes the unit at `in` in the code page that the conversion comes from, with
@@ -68,31 +74,34 @@ void handleUnmapped(EncodingConvert& converter, const unsigned char* unit, DataB
   }
 }
 
-// `fast` is the table itself or an index of it, with codes of at most `mostBytes`
-// bytes.
-template <typename Fast>
-bool encodeText(EncodingConvert& converter, const HashConvert& table, const Fast& fast,
-                unsigned int mostBytes, const unsigned char* in, unsigned int inLen,
-                DataBuffer& out, LogBase& log) {
-  if (inLen < 2) return false;
-  const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return encodeUnits(fast, from, stop, room);
-  };
+// `loop` encodes what `table` maps, a unit in at most `mostBytes` bytes. Where a
+// marker ends what `loop` is good for, the text goes no further.
+enum class AtMarker { copyRawBytes, stop };
+
+template <typename Loop>
+Encoded encodeText(EncodingConvert& converter, const HashConvert& table, const Loop& loop,
+                   unsigned int mostBytes, AtMarker atMarker, const UnitsPart& part,
+                   DataBuffer& out, LogBase& log) {
   bool isWhole = true;
-  for (const unsigned char* end = in + (inLen & ~1U);;) {
-    in = runInBlocks(loop, in, end, mostBytes, out);
-    if (!in) return false;
-    if (end - in < 2) return isWhole;
+  for (const unsigned char* in = part.in;;) {
+    in = runInBlocks(loop, in, part.end, mostBytes, out);
+    const std::ptrdiff_t left = part.end - in;
+    if (!in || left < 2) return {in, isWhole};
     // The flag is asked anew for every unit: a nested conversion may clear it.
-    if (converter.m_honorPassthroughMarkers && isMarker(in, end)) {
-      in = copyMarkedBytes(in, end, out);
-      if (!in) return false;
-      continue;
+    if (converter.m_honorPassthroughMarkers && isMarker(in)) {
+      if (!part.isLast && left < mostMarkedBytes) return {in, isWhole};
+      if (left >= 3) {
+        if (atMarker == AtMarker::stop) return {in, isWhole};
+        in = copyMarkedBytes(in, part.end, out);
+        if (!in) return {nullptr, false};
+        continue;
+      }
     }
     unsigned char bytes[HashConvert::mostValueBytes];
     const Progress progress = encodeOneUnit(table, in, bytes);
     if (progress.in != in) {
-      if (!out.append(bytes, static_cast<unsigned int>(progress.out - bytes))) return false;
+      if (!out.append(bytes, static_cast<unsigned int>(progress.out - bytes)))
+        return {nullptr, false};
     } else {
       converter.m_hadError = true;
       isWhole = false;
@@ -102,59 +111,104 @@ bool encodeText(EncodingConvert& converter, const HashConvert& table, const Fast
   }
 }
 
-bool isArabicDigit(unsigned char low, unsigned char high) {
-  return high == 0x06 && ((low >= 0x60 && low <= 0x69) || (low >= 0xF0 && low <= 0xF9));
+auto probing(const HashConvert& table) {
+  return [&table](auto... text) { return encodeUnits(table, text...); };
 }
 
-// Both sets of Arabic digits become ASCII digits, whatever the table says; so
-// do raw bytes behind a marker that happen to look like them. Null when memory
-// ran out.
+auto toBytes(const FromUnicodeTable& table) {
+  return [loop = kernel::table().unitsToBytes, &bytes = *table.bytes](auto... text) {
+    return loop(bytes, text...);
+  };
+}
+
+auto toPairs(const FromUnicodeTable& table) {
+  return [loop = kernel::table().unitsToPairs, &pairs = *table.pairs](auto... text) {
+    return loop(pairs, text...);
+  };
+}
+
+// Rewrites every unit that is an Arabic digit. Null when memory ran out.
 std::unique_ptr<unsigned char[]> withAsciiDigits(const unsigned char* in, unsigned int inLen) {
   std::unique_ptr<unsigned char[]> copy(qvNewUnsignedChar(inLen));
   if (!copy) return nullptr;
   std::copy_n(in, inLen, copy.get());
   for (unsigned int i = 0; inLen - i >= 2; i += 2) {
-    if (!isArabicDigit(in[i], in[i + 1])) continue;
-    copy[i] = static_cast<unsigned char>(0x30 | (in[i] & 0x0F));
-    copy[i + 1] = 0;
+    const unsigned int unit = in[i] | static_cast<unsigned int>(in[i + 1]) << 8;
+    if (isArabicDigit(unit)) putUnit(asciiDigitOf(unit), copy.get() + i);
   }
   return copy;
 }
 
-bool takesAsciiDigits(int codePage) { return codePage == 1256 || codePage == 28596; }
+// Both sets of Arabic digits become ASCII digits, and so do raw bytes behind a
+// marker that happen to look like them. The index knows the digits; but from the
+// first marker on the units may be read one byte off while it is still the units
+// as they were written that count: from there on the text is rewritten, and read
+// through the table, which leaves what then looks like a digit alone.
+Encoded encodeWithAsciiDigits(EncodingConvert& converter, const FromUnicodeTable& table,
+                              const UnitsPart& part, DataBuffer& out, LogBase& log) {
+  const Encoded plain =
+      encodeText(converter, *table.hash, toBytes(table), 1, AtMarker::stop, part, out, log);
+  if (!plain.in || part.end - plain.in < 2 || !part.isLast) return plain;
+  const auto length = static_cast<unsigned int>(part.end - plain.in);
+  const auto rewritten = withAsciiDigits(plain.in, length);
+  if (!rewritten) return {nullptr, false};
+  const UnitsPart rest{rewritten.get(), rewritten.get() + length, true};
+  const Encoded marked =
+      encodeText(converter, *table.hash, probing(*table.hash), HashConvert::mostValueBytes,
+                 AtMarker::copyRawBytes, rest, out, log);
+  return {marked.in ? part.end : nullptr, plain.isWhole && marked.isWhole};
+}
+
+// Half a unit at the end is ignored.
+UnitsPart wholeText(const unsigned char* in, unsigned int inLen) {
+  return {in, in + (inLen & ~1U), true};
+}
+
+bool succeeded(const Encoded& encoded) { return encoded.in && encoded.isWhole; }
 
 }  // namespace
+
+Encoded encodeByTable(EncodingConvert& converter, const FromUnicodeTable& table,
+                      const UnitsPart& part, DataBuffer& out, LogBase& log) {
+  if (takesAsciiDigits(table.hash->codePage())) {
+    return encodeWithAsciiDigits(converter, table, part, out, log);
+  }
+  return table.bytes ? encodeText(converter, *table.hash, toBytes(table), 1, AtMarker::copyRawBytes,
+                                  part, out, log)
+                     : encodeText(converter, *table.hash, toPairs(table), 2, AtMarker::copyRawBytes,
+                                  part, out, log);
+}
+
+const FromUnicodeTable* tableToEncode(int codePage, LogBase& log) {
+  const bool isUsed = isRouted(codePage);
+  const FromUnicodeTable* table = isUsed ? tableRegistry::fromUnicode(codePage) : nullptr;
+  if (table) return table;
+  EncodingConvert::ensureHashFromUnicode(codePage, log);
+  return isUsed ? tableRegistry::fromUnicode(codePage) : nullptr;
+}
 
 bool EncodingConvert::convertFromUnicodeHC(int toCodePage, const unsigned char* in,
                                            unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  const LogContextExitor context(log, "convertFromUnicodeHC", log.m_verboseLogging);
-  if (log.m_verboseLogging) {
-    log.LogDataLong("toCodePage", toCodePage);
-    log.LogDataLong("inDataLen", static_cast<long>(inLen));
-    log.LogDataLong("isLittleEndian", qvIsLittleEndian() ? 1 : 0);
-  }
-  ensureHashFromUnicode(toCodePage, log);
-  const FromUnicodeTable* table =
-      isRouted(toCodePage) ? tableRegistry::fromUnicode(toCodePage) : nullptr;
-  if (!table) return false;
-  std::unique_ptr<unsigned char[]> rewritten;
-  if (takesAsciiDigits(toCodePage)) {
-    rewritten = withAsciiDigits(in, inLen);
-    if (!rewritten) return false;
-    in = rewritten.get();
-  }
-  if (table->bytes) {
-    return encodeText(*this, *table->hash, *table->bytes, 1, in, inLen, out, log);
-  }
-  return encodeText(*this, *table->hash, *table->codes, 2, in, inLen, out, log);
+  return inLogContext(log, tableEncodingContext, [&] {
+    if (log.m_verboseLogging) {
+      log.LogDataLong("toCodePage", toCodePage);
+      log.LogDataLong("inDataLen", static_cast<long>(inLen));
+      log.LogDataLong("isLittleEndian", qvIsLittleEndian() ? 1 : 0);
+    }
+    const FromUnicodeTable* table = tableToEncode(toCodePage, log);
+    if (!table || inLen < 2) return false;
+    return succeeded(encodeByTable(*this, *table, wholeText(in, inLen), out, log));
+  });
 }
 
 bool EncodingConvert::convertFromUnicodeHC2(HashConvert* table, const unsigned char* in,
                                             unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!table) return false;
   if (!in || inLen == 0) return true;
-  return encodeText(*this, *table, *table, HashConvert::mostValueBytes, in, inLen, out, log);
+  if (inLen < 2) return false;
+  return succeeded(encodeText(*this, *table, probing(*table), HashConvert::mostValueBytes,
+                              AtMarker::copyRawBytes, wholeText(in, inLen), out, log));
 }
 
 }  // namespace quorvel

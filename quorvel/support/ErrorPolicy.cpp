@@ -24,12 +24,13 @@ struct Offender {
   int codePage;  ///< what the bytes are encoded in
 };
 
-void appendHex(const unsigned char* bytes, unsigned int count, DataBuffer& out) {
+unsigned char* putHex(const unsigned char* bytes, unsigned int count, unsigned char* out) {
   constexpr char digits[] = "0123456789ABCDEF";
   for (unsigned int i = 0; i < count; ++i) {
-    out.appendChar(static_cast<unsigned char>(digits[bytes[i] >> 4]));
-    out.appendChar(static_cast<unsigned char>(digits[bytes[i] & 0xF]));
+    *out++ = static_cast<unsigned char>(digits[bytes[i] >> 4]);
+    *out++ = static_cast<unsigned char>(digits[bytes[i] & 0xF]);
   }
+  return out;
 }
 
 // The marker in the byte order in which the table encoder looks for it in
@@ -121,13 +122,23 @@ void appendSubstitution(const EncodingConvert& converter, DataBuffer& out) {
 }
 
 void appendHexReference(const unsigned char* bytes, unsigned int count, DataBuffer& out) {
-  out.append("&#x", 3);
-  appendHex(bytes, count, out);
-  out.appendChar(';');
+  constexpr char opening[] = {'&', '#', 'x'};
+  const unsigned int length = sizeof opening + 2 * count + 1;
+  unsigned char* room = out.growBy(length);
+  if (!room) return;
+  unsigned char* end =
+      putHex(bytes, count, std::copy(std::begin(opening), std::end(opening), room));
+  *end = ';';
+  out.keepWritten(length);
 }
 
 void EncodingConvert::appendHexData(const unsigned char* bytes, int count, DataBuffer& out) {
-  if (bytes && count > 0) appendHex(bytes, static_cast<unsigned int>(count), out);
+  if (!bytes || count <= 0) return;
+  const unsigned int length = 2 * static_cast<unsigned int>(count);
+  unsigned char* room = out.growBy(length);
+  if (!room) return;
+  putHex(bytes, static_cast<unsigned int>(count), room);
+  out.keepWritten(length);
 }
 
 void EncodingConvert::handleErrorFromSingleByte(const unsigned char* p, DataBuffer& out,

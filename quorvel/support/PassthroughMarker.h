@@ -20,6 +20,9 @@ inline constexpr unsigned int passthroughMarkerUnit = kernel::undecidedUnit;
 /// A count byte above this is no count: only the marker is taken away.
 inline constexpr unsigned int mostPassthroughBytes = 5;
 
+/// The longest that a marker, its count and its raw bytes can be.
+inline constexpr unsigned int mostMarkedBytes = sizeof passthroughMarker + 1 + mostPassthroughBytes;
+
 /// What becomes of a marker at `in`, with at least its count byte below `end`,
 /// while markers are honoured: the raw bytes that the count announces are
 /// appended to `out`. A count that is none takes only the marker away, one that

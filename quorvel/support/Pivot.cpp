@@ -6,12 +6,14 @@
 #include <limits>
 
 #include "quorvel/base/GsmText.h"
-#include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/InLogContext.h"
 #include "quorvel/base/_qvUtf.h"
 #include "quorvel/base/qvHelpers.h"
+#include "quorvel/support/BlockPivot.h"
 #include "quorvel/support/ByteOrder.h"
 #include "quorvel/support/CodePageNumbers.h"
 #include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/MarkerFlags.h"
 
 namespace quorvel {
 
@@ -143,16 +145,6 @@ bool reserveFromUtf16(DataBuffer& out, unsigned int numBytes) {
   return reserve(out, numBytes, 1, std::min(numBytes, mostExtra) + 4);
 }
 
-// The two marker flags are always written together.
-void setMarkers(EncodingConvert& converter, bool emit, bool honor) {
-  converter.m_emitPassthroughMarkers = emit;
-  converter.m_honorPassthroughMarkers = honor;
-}
-
-void emitMarkers(EncodingConvert& converter) { setMarkers(converter, true, false); }
-void honorMarkers(EncodingConvert& converter) { setMarkers(converter, false, true); }
-void clearMarkers(EncodingConvert& converter) { setMarkers(converter, false, false); }
-
 void logStep(LogBase& log, const char* text) {
   if (log.m_verboseLogging) log.logInfo(text);
 }
@@ -194,21 +186,21 @@ bool fromUsAscii(int toCodePage, const Source& source, DataBuffer& out) {
 bool pivotFromUtf8(EncodingConvert& converter, int toCodePage, const Source& source,
                    DataBuffer& out, LogBase& log) {
   logStep(log, "Converting from utf-8 using utf-16 as a pivot table...");
-  emitMarkers(converter);
+  setMarkers(converter, emitting);
   DataBuffer pivot;
   reserveForUtf16(pivot, source);
   if (!converter.cv_utf8_to_utf16(source.data, source.numBytes, pivot, log)) return false;
-  honorMarkers(converter);
+  setMarkers(converter, honouring);
   reserveFromUtf16(out, pivot.getSize());
   const bool ok =
       converter.convertFromUnicodeHC(toCodePage, pivot.getData2(), pivot.getSize(), out, log);
-  clearMarkers(converter);
+  setMarkers(converter, neither);
   return ok;
 }
 
 bool pivotToUtf8(EncodingConvert& converter, const Source& source, DataBuffer& out, LogBase& log) {
   logStep(log, "Converting to utf-8 using utf-16 as a pivot table...");
-  emitMarkers(converter);
+  setMarkers(converter, emitting);
   DataBuffer pivot;
   if (!reserveForUtf16(pivot, source)) return false;
   if (!converter.convertToUnicodeHC(source.codePage, source.data, source.numBytes, pivot, log)) {
@@ -216,32 +208,47 @@ bool pivotToUtf8(EncodingConvert& converter, const Source& source, DataBuffer& o
     return false;
   }
   if (log.m_verboseLogging) log.LogDataLong("szUtf16_inBytes", pivot.getSize());
-  honorMarkers(converter);
+  setMarkers(converter, honouring);
   if (!reserveFromUtf16(out, pivot.getSize())) return false;
   const bool ok = converter.cv_utf16_to_utf8(pivot.getData2(), pivot.getSize(), out, log);
   if (log.m_verboseLogging) {
     if (!ok) log.logError("convertFromUnicode failed.");
     log.LogDataLong("szResult_inBytes", out.getSize());
   }
-  clearMarkers(converter);
+  setMarkers(converter, neither);
   return ok;
 }
 
 bool pivotBetweenTables(EncodingConvert& converter, int toCodePage, const Source& source,
                         DataBuffer& out, LogBase& log) {
   logStep(log, "Converting by using utf-16 as a pivot table...");
-  emitMarkers(converter);
+  setMarkers(converter, emitting);
   DataBuffer pivot;
   if (!reserveForUtf16(pivot, source)) return false;
   if (!converter.convertToUnicodeHC(source.codePage, source.data, source.numBytes, pivot, log)) {
     return false;
   }
-  honorMarkers(converter);
+  setMarkers(converter, honouring);
   if (!reserveFromUtf16(out, pivot.getSize())) return false;
   const bool ok =
       converter.convertFromUnicodeHC(toCodePage, pivot.getData2(), pivot.getSize(), out, log);
-  clearMarkers(converter);
+  setMarkers(converter, neither);
   return ok;
+}
+
+// The three pivots above say what comes out; where it can be had in blocks that
+// stay in the cache, it is.
+bool pivot(EncodingConvert& converter, int toCodePage, const Source& source, DataBuffer& out,
+           LogBase& log) {
+  if (canPivotInBlocks(converter, source.codePage, toCodePage, source.numBytes, log)) {
+    return pivotInBlocks(converter, source.codePage, toCodePage, source.data, source.numBytes,
+                         sourceBytesPerBlock, out, log);
+  }
+  if (source.codePage == codePageUtf8) {
+    return pivotFromUtf8(converter, toCodePage, source, out, log);
+  }
+  if (toCodePage == codePageUtf8) return pivotToUtf8(converter, source, out, log);
+  return pivotBetweenTables(converter, toCodePage, source, out, log);
 }
 
 bool fromUtf16(EncodingConvert& converter, int toCodePage, const Source& source, DataBuffer& out,
@@ -249,11 +256,11 @@ bool fromUtf16(EncodingConvert& converter, int toCodePage, const Source& source,
   if (toCodePage == codePageUtf16le) {
     // The swapped text is the whole result, yet the route between two tables is
     // tried after it and, having none for UTF-16, makes the result false.
-    clearMarkers(converter);
+    setMarkers(converter, neither);
     if (!out.append(source.data, source.numBytes)) return false;
     return pivotBetweenTables(converter, toCodePage, source, out, log);
   }
-  clearMarkers(converter);
+  setMarkers(converter, neither);
   reserveFromUtf16(out, source.numBytes);
   if (toCodePage == codePageUtf8) {
     logStep(log, "converting from utf-16 to utf-8");
@@ -264,7 +271,7 @@ bool fromUtf16(EncodingConvert& converter, int toCodePage, const Source& source,
 
 bool toUtf16OrUtf32(EncodingConvert& converter, int toCodePage, const Source& source,
                     DataBuffer& out, LogBase& log) {
-  clearMarkers(converter);
+  setMarkers(converter, neither);
   if (source.codePage != codePageUtf8) {
     reserveForUtf16(out, source);
     return converter.convertToUnicodeHC(source.codePage, source.data, source.numBytes, out, log);
@@ -290,27 +297,20 @@ bool takeRoute(EncodingConvert& converter, int toCodePage, const Source& source,
   if (toCodePage == codePageUtf16le || toCodePage == codePageUtf32le) {
     return toUtf16OrUtf32(converter, toCodePage, source, out, log);
   }
-  if (source.codePage == codePageUtf8) {
-    if (toCodePage == codePageUtf8) return out.append(source.data, source.numBytes);
-    return pivotFromUtf8(converter, toCodePage, source, out, log);
+  if (source.codePage == codePageUtf8 && toCodePage == codePageUtf8) {
+    return out.append(source.data, source.numBytes);
   }
-  if (toCodePage == codePageUtf8) return pivotToUtf8(converter, source, out, log);
-  return pivotBetweenTables(converter, toCodePage, source, out, log);
+  return pivot(converter, toCodePage, source, out, log);
 }
 
-}  // namespace
-
-bool EncodingConvert::convert_a(int fromCodePage, int toCodePage, const unsigned char* data,
-                                unsigned int numBytes, DataBuffer& out, LogBase& log) {
-  if (!data || numBytes == 0) return true;
-  const LogContextExitor context(log, "convert_a", log.m_verboseLogging);
-
+bool convertText(EncodingConvert& converter, int fromCodePage, int toCodePage,
+                 const unsigned char* data, unsigned int numBytes, DataBuffer& out, LogBase& log) {
   Source source{fromCodePage, data, numBytes};
   settleByteOrder(source);
   if (source.numBytes == 0) return true;
   if (fromCodePage == toCodePage) return out.append(source.data, source.numBytes);
-  if (fromCodePage == codePageGsm) return fromGsm(*this, toCodePage, source, out, log);
-  if (toCodePage == codePageGsm) return toGsm(*this, source, out, log);
+  if (fromCodePage == codePageGsm) return fromGsm(converter, toCodePage, source, out, log);
+  if (toCodePage == codePageGsm) return toGsm(converter, source, out, log);
   if (fromCodePage == codePageUsAscii && isAsciiSuperset(toCodePage)) {
     return fromUsAscii(toCodePage, source, out);
   }
@@ -319,8 +319,18 @@ bool EncodingConvert::convert_a(int fromCodePage, int toCodePage, const unsigned
   if (normalised == Normalised::nothingLeft) return true;
   if (normalised == Normalised::outOfMemory) return false;
   // Ill-formed text is converted on as far as it goes.
-  const bool ok = takeRoute(*this, toCodePage, source, out, log);
+  const bool ok = takeRoute(converter, toCodePage, source, out, log);
   return ok && normalised == Normalised::clean;
+}
+
+}  // namespace
+
+bool EncodingConvert::convert_a(int fromCodePage, int toCodePage, const unsigned char* data,
+                                unsigned int numBytes, DataBuffer& out, LogBase& log) {
+  if (!data || numBytes == 0) return true;
+  return inLogContext(log, "convert_a", [&] {
+    return convertText(*this, fromCodePage, toCodePage, data, numBytes, out, log);
+  });
 }
 
 }  // namespace quorvel

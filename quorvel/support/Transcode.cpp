@@ -1,18 +1,19 @@
 // The direct transcoders between UTF-8 and UTF-16: the loops of kernel/Utf.h
-// move the bytes, the members here decide what happens at the places where a
+// move the bytes, the steps here decide what happens at the places where a
 // loop stops.
 
 #include <algorithm>
 #include <limits>
 
 #include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/LogContextExitor.h"
+#include "quorvel/base/InLogContext.h"
 #include "quorvel/base/Utf16Unit.h"
 #include "quorvel/base/Utf8Sequence.h"
 #include "quorvel/base/_qvUtf.h"
 #include "quorvel/base/kernel/Target.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/PassthroughMarker.h"
+#include "quorvel/support/Steps.h"
 
 namespace quorvel {
 
@@ -43,50 +44,74 @@ int bytesLeft(const unsigned char* in, const unsigned char* end) {
   return static_cast<int>(std::min(end - in, most));
 }
 
+// The length of the ill-formed sequence at `in`, where a loop has stopped; 0 when
+// it is well-formed and only went past the part.
+unsigned int illFormedLength(const unsigned char* in, const unsigned char* end) {
+  const Utf8Sequence sequence = quorvel::decodeUtf8(in, static_cast<std::size_t>(end - in));
+  return sequence.isWellFormed ? 0 : sequence.length;
+}
+
+kernel::Loop* utf8Encoder(const EncodingConvert& converter) {
+  return g_allow_4byte_utf8 && converter.m_allow4ByteUtf8 ? kernel::utf().utf16ToUtf8
+                                                          : kernel::utf().utf16ToUtf8WithoutPairs;
+}
+
 }  // namespace
+
+const unsigned char* decodeUtf8(EncodingConvert& converter, const SourcePart& part, DataBuffer& out,
+                                LogBase& log) {
+  for (const unsigned char* in = part.in;;) {
+    in = runInBlocks(kernel::utf().utf8ToUtf16, in, part.stop, mostUtf16Bytes, out);
+    if (!in || in == part.stop) return in;
+    const unsigned int length = illFormedLength(in, part.end);
+    if (length == 0) return in;
+    if (log.m_verboseLogging) {
+      log.logError("Found invalid utf-8 when trying to convert to utf-16.");
+      log.LogDataLong("m_errorAction", converter.m_errorAction);
+    }
+    converter.m_hadError = true;
+    // What is dropped is the ill-formed part alone; a handler acts on all that
+    // the lead byte announces.
+    in += converter.m_errorAction == 0
+              ? static_cast<int>(length)
+              : converter.handleErrorFromUtf8(in, bytesLeft(in, part.end), out, log);
+    if (in >= part.stop) return in;
+  }
+}
+
+Encoded encodeUtf8(EncodingConvert& converter, const UnitsPart& part, DataBuffer& out) {
+  kernel::Loop* loop = utf8Encoder(converter);
+  for (const unsigned char* in = part.in;;) {
+    // Raw bytes may leave an odd number behind them: half a unit ends the text.
+    const unsigned char* wholeEnd = part.end - (part.end - in) % 2;
+    in = runInBlocks(loop, in, wholeEnd, mostUtf8Bytes, out);
+    if (!in || in == wholeEnd) return {in, true};
+    const std::ptrdiff_t left = part.end - in;
+    if (!part.isLast && left < mostMarkedBytes) return {in, true};
+    const bool isMarker =
+        converter.m_honorPassthroughMarkers && left >= 4 && loadUnit(in) == passthroughMarkerUnit;
+    in = isMarker ? copyMarkedBytes(in, part.end, out) : writeUnitAsItIs(in, part.end, out);
+    if (!in) return {nullptr, true};
+  }
+}
 
 bool EncodingConvert::cv_utf8_to_utf16(const unsigned char* data, unsigned int numBytes,
                                        DataBuffer& out, LogBase& log) {
   if (!data || numBytes == 0) return true;
-  const LogContextExitor context(log, "cv_utf8_to_utf16", log.m_verboseLogging);
-  const unsigned char* end = data + numBytes;
-  for (const unsigned char* in = data;;) {
-    in = runInBlocks(kernel::utf().utf8ToUtf16, in, end, mostUtf16Bytes, out);
-    if (!in) return false;
-    if (in == end) return true;
-    if (log.m_verboseLogging) {
-      log.logError("Found invalid utf-8 when trying to convert to utf-16.");
-      log.LogDataLong("m_errorAction", m_errorAction);
-    }
-    m_hadError = true;
-    // What is dropped is the ill-formed part alone; a handler acts on all that
-    // the lead byte announces.
-    in += m_errorAction == 0
-              ? static_cast<int>(decodeUtf8(in, static_cast<std::size_t>(end - in)).length)
-              : handleErrorFromUtf8(in, bytesLeft(in, end), out, log);
-  }
+  return inLogContext(log, utf8DecodingContext, [&] {
+    const unsigned char* end = data + numBytes;
+    return decodeUtf8(*this, {data, end, end}, out, log) != nullptr;
+  });
 }
 
 bool EncodingConvert::cv_utf16_to_utf8(const unsigned char* data, unsigned int numBytes,
                                        DataBuffer& out, LogBase& log) {
   if (!data || numBytes == 0) return true;
-  const LogContextExitor context(log, "convertFromUnicode", log.m_verboseLogging);
-  const bool isEven = numBytes % 2 == 0;
-  kernel::Loop* loop = g_allow_4byte_utf8 && m_allow4ByteUtf8
-                           ? kernel::utf().utf16ToUtf8
-                           : kernel::utf().utf16ToUtf8WithoutPairs;
-  const unsigned char* end = data + (numBytes & ~1U);
-  for (const unsigned char* in = data;;) {
-    // Raw bytes may leave an odd number behind them: half a unit ends the text.
-    const unsigned char* wholeEnd = end - (end - in) % 2;
-    in = runInBlocks(loop, in, wholeEnd, mostUtf8Bytes, out);
-    if (!in) return false;
-    if (in == wholeEnd) return isEven;
-    const bool isMarker =
-        m_honorPassthroughMarkers && end - in >= 4 && loadUnit(in) == passthroughMarkerUnit;
-    in = isMarker ? copyMarkedBytes(in, end, out) : writeUnitAsItIs(in, end, out);
-    if (!in) return false;
-  }
+  return inLogContext(log, utf8EncodingContext, [&] {
+    const bool isEven = numBytes % 2 == 0;
+    const unsigned char* end = data + (numBytes & ~1U);
+    return encodeUtf8(*this, {data, end, true}, out).in && isEven;
+  });
 }
 
 }  // namespace quorvel

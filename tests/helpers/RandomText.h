@@ -1,16 +1,16 @@
 #pragma once
 
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tests/helpers/Seed.h"
 #include "tests/reference/Utf8Reference.h"
 
 /// Text of all kinds of characters, and what breaks it.
 namespace quorvel::test_text {
 
-using Random = std::mt19937;
+using test_seed::Random;
 
 inline std::size_t below(Random& random, std::size_t limit) { return random() % limit; }
 

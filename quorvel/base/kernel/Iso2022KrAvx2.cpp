@@ -16,7 +16,7 @@ inline std::uint64_t betweenOddAndEven(std::uint64_t bits) {
 }
 
 // Moves the bytes whose bits are set to the front.
-constexpr Shuffles makeKeepers() {
+constexpr Shuffles makeByteKeepers() {
   Shuffles keepers{};
   for (unsigned int mask = 0; mask < 256; ++mask) {
     unsigned int at = 0;
@@ -28,11 +28,11 @@ constexpr Shuffles makeKeepers() {
   return keepers;
 }
 
-constexpr Shuffles keepers = makeKeepers();
+constexpr Shuffles byteKeepers = makeByteKeepers();
 
 inline unsigned char* storeKept(__m128i bytes, unsigned int kept, unsigned char* out) {
   kept &= 0xFF;
-  _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_shuffle_epi8(bytes, keepers[kept]));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_shuffle_epi8(bytes, byteKeepers[kept]));
   return out + _mm_popcnt_u32(kept);
 }
 

@@ -58,6 +58,13 @@ const Utf& utfOf([[maybe_unused]] Target target) {
   return scalarUtf;
 }
 
+const Table& tableOf([[maybe_unused]] Target target) {
+#ifdef QUORVEL_WITH_AVX2
+  if (target == Target::avx2) return avx2::table;
+#endif
+  return scalar::table;
+}
+
 const Iso2022& iso2022Of([[maybe_unused]] Target target) {
 #ifdef QUORVEL_WITH_AVX2
   if (target == Target::avx2) return avx2Iso2022;

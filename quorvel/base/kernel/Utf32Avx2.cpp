@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "quorvel/base/kernel/Avx2.h"
+#include "quorvel/base/kernel/Utf.h"
 
 namespace quorvel::kernel::avx2 {
 

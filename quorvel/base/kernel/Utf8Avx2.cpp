@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "quorvel/base/kernel/Avx2.h"
+#include "quorvel/base/kernel/Utf.h"
 #include "quorvel/base/kernel/Utf8BlocksAvx2.h"
 
 namespace quorvel::kernel::avx2 {

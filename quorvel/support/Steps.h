@@ -1,0 +1,65 @@
+#pragma once
+
+#include "quorvel/base/DataBuffer.h"
+#include "quorvel/base/LogBase.h"
+
+namespace quorvel {
+
+class EncodingConvert;
+struct FromUnicodeTable;
+struct ToUnicodeTable;
+
+// The two steps of a conversion, less the log contexts around them, over a whole
+// text or one part of it after the other. They apply the error policy of the
+// converter that they are given and are what its members are made of.
+
+/// A part of a source text: what begins in [in, stop), of a text that goes on up
+/// to `end`.
+struct SourcePart {
+  const unsigned char* in;
+  const unsigned char* stop;
+  const unsigned char* end;
+};
+
+/// Decodes a part and appends UTF-16. Returns where the next part begins: at
+/// `stop`, behind a character that goes past it or, in UTF-8, in front of one
+/// that `stop` cuts, so that a part of four bytes always gets on. Null when
+/// memory runs out.
+const unsigned char* decodeUtf8(EncodingConvert& converter, const SourcePart& part, DataBuffer& out,
+                                LogBase& log);
+const unsigned char* decodeByTable(EncodingConvert& converter, const ToUnicodeTable& table,
+                                   const SourcePart& part, DataBuffer& out, LogBase& log);
+
+/// A part of a UTF-16 text; only the last one has nothing behind it.
+struct UnitsPart {
+  const unsigned char* in;
+  const unsigned char* end;
+  bool isLast;
+};
+
+/// How far a part was encoded (null when memory ran out), and whether all of it
+/// had a mapping. What stands at the end of a part and cannot be judged without
+/// what follows is left for the next: the beginning of a marker, of a pair or of
+/// a unit, or the whole rest where the last part alone will do.
+struct Encoded {
+  const unsigned char* in;
+  bool isWhole;
+};
+
+Encoded encodeUtf8(EncodingConvert& converter, const UnitsPart& part, DataBuffer& out);
+Encoded encodeByTable(EncodingConvert& converter, const FromUnicodeTable& table,
+                      const UnitsPart& part, DataBuffer& out, LogBase& log);
+
+/// The tables that a conversion takes, built if need be; null when the code page
+/// has none or memory ran out.
+const ToUnicodeTable* tableToDecode(int codePage, LogBase& log);
+const FromUnicodeTable* tableToEncode(int codePage, LogBase& log);
+
+/// The names of the contexts in which the steps stand.
+inline constexpr char utf8DecodingContext[] = "cv_utf8_to_utf16";
+inline constexpr char utf8EncodingContext[] = "convertFromUnicode";
+inline constexpr char tableDecodingContext[] = "convertToUnicodeHC";
+inline constexpr char lookupDecodingContext[] = "convertToUnicodeByLookup";
+inline constexpr char tableEncodingContext[] = "convertFromUnicodeHC";
+
+}  // namespace quorvel
