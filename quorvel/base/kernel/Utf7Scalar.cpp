@@ -156,7 +156,20 @@ Progress encodeRun(Progress at, const unsigned char* end, Utf7Run& run) {
   }
 }
 
+// Direct units, four at a time as long as there are so many.
 Progress encodeDirect(Progress at, const unsigned char* end) {
+  constexpr std::ptrdiff_t unitsPerRun = runLength / 2;
+  while (end - at.in >= runLength && (loadRun(at.in) & 0xFF80 * inEachUnit) == 0) {
+    unsigned char bytes[unitsPerRun];
+    bool areDirect = true;
+    for (std::ptrdiff_t i = 0; i < unitsPerRun; ++i) {
+      bytes[i] = static_cast<unsigned char>(loadUnit(at.in + 2 * i));
+      areDirect &= utf7::directUnits[bytes[i]];
+    }
+    if (!areDirect) break;
+    std::memcpy(at.out, bytes, sizeof bytes);
+    at = {at.in + runLength, at.out + unitsPerRun};
+  }
   for (; at.in != end && utf7::isDirect(loadUnit(at.in)); at.in += 2) {
     *at.out++ = static_cast<unsigned char>(loadUnit(at.in));
   }
