@@ -501,6 +501,81 @@ TEST(DataBufferTaking, OfNothingEmptiesTheBuffer) {
   EXPECT_EQ(buffer.getData2(), nullptr);
 }
 
+TEST(DataBuffer, DropsBytesAtTheFront) {
+  DataBuffer buffer;
+  fill(buffer, "abcdef");
+  buffer.dropFront(0);
+  EXPECT_EQ(contentOf(buffer), "abcdef");
+  buffer.dropFront(2);
+  EXPECT_EQ(contentOf(buffer), "cdef");
+  buffer.append("g", 1);
+  EXPECT_EQ(contentOf(buffer), "cdefg");
+  buffer.dropFront(6);
+  EXPECT_EQ(buffer.getSize(), 0U);
+}
+
+TEST(DataBuffer, DropsBorrowedBytesAtTheFrontWithoutWritingThem) {
+  std::string bytes = "abcdef";
+  DataBuffer buffer;
+  buffer.dropFront(1);
+  buffer.borrowData(mutableBytes(bytes), 6);
+  buffer.dropFront(4);
+  EXPECT_EQ(contentOf(buffer), "ef");
+  EXPECT_EQ(buffer.getData2(), mutableBytes(bytes) + 4);
+  EXPECT_EQ(bytes, "abcdef");
+}
+
+TEST(DataBuffer, HasRoomWithoutGrowingOnlyAsFarAsItsCapacityGoes) {
+  DataBuffer buffer;
+  EXPECT_EQ(buffer.roomFor(1), nullptr);
+  std::string storage(8, '.');
+  buffer.lendStorage(mutableBytes(storage), 8);
+  buffer.append("abc", 3);
+  EXPECT_EQ(buffer.roomFor(5), mutableBytes(storage) + 3);
+  EXPECT_EQ(buffer.roomFor(6), nullptr);
+  EXPECT_EQ(buffer.roomFor(mostBytes), nullptr);
+  buffer.borrowData(mutableBytes(storage), 8);
+  EXPECT_EQ(buffer.roomFor(1), nullptr);
+}
+
+TEST(DataBufferStorage, IsUsedUntilTheContentOutgrowsIt) {
+  std::string storage(4, '.');
+  DataBuffer buffer;
+  fill(buffer, "before");
+  buffer.lendStorage(mutableBytes(storage), 4);
+  EXPECT_EQ(buffer.getSize(), 0U);
+  buffer.append("abcd", 4);
+  EXPECT_EQ(buffer.getData2(), mutableBytes(storage));
+  buffer.clear();
+  buffer.append("efg", 3);
+  EXPECT_EQ(storage, "efgd");
+  buffer.append("hi", 2);
+  EXPECT_EQ(contentOf(buffer), "efghi");
+  EXPECT_EQ(storage, "efgd");
+}
+
+TEST(DataBufferStorage, IsNotFreedWhoeverHasItLast) {
+  std::string storage(4, '.');
+  DataBuffer last;
+  {
+    DataBuffer buffer;
+    buffer.lendStorage(mutableBytes(storage), 4);
+    buffer.append("ab", 2);
+    last = std::move(buffer);
+    fill(buffer, "its own again");
+  }
+  EXPECT_EQ(last.getData2(), mutableBytes(storage));
+  last.borrowData(nullptr, 0);
+  EXPECT_EQ(storage, "ab..");
+}
+
+TEST(DataBufferStorage, OfNothingIsNone) {
+  DataBuffer buffer;
+  buffer.lendStorage(nullptr, 4);
+  EXPECT_TRUE(buffer.append("ab", 2));
+  EXPECT_EQ(contentOf(buffer), "ab");
+}
+
 TEST(DataBufferMoving, HandsTheContentOver) {
   DataBuffer from;
   fill(from, "abc");

@@ -7,8 +7,8 @@
 #include "quorvel/base/Korean.h"
 #include "quorvel/base/NullLog.h"
 #include "tests/helpers/Bytes.h"
-#include "tests/helpers/Kernels.h"
 #include "tests/helpers/RandomText.h"
+#include "tests/helpers/StatefulKernels.h"
 #include "tests/reference/Iso2022Reference.h"
 
 namespace quorvel {
@@ -17,10 +17,7 @@ namespace {
 using kernel::Iso2022;
 using kernel::JapaneseSet;
 using kernel::Target;
-using reference::Converted;
-using test_bytes::hex;
-using test_kernels::Edge;
-using test_kernels::edges;
+using test_kernels::Converted;
 using test_kernels::targetName;
 using test_text::below;
 using test_text::Random;
@@ -29,12 +26,22 @@ std::string_view lastBlock() {
   return {reinterpret_cast<const char*>(Japanese::GetSjisFrom2022_LastBlock()), 752};
 }
 
+Converted converted(const reference::Converted& result) { return {result.bytes, result.hadError}; }
+
 Converted expectedToShiftJis(std::string_view text) {
-  return reference::shiftJisOfIso2022Jp(text, lastBlock());
+  return converted(reference::shiftJisOfIso2022Jp(text, lastBlock()));
 }
 
 Converted expectedFromShiftJis(std::string_view text) {
-  return reference::iso2022JpOfShiftJis(text, lastBlock());
+  return converted(reference::iso2022JpOfShiftJis(text, lastBlock()));
+}
+
+Converted expectedToKsc(std::string_view text) {
+  return converted(reference::kscOfIso2022Kr(text));
+}
+
+Converted expectedFromKsc(std::string_view text) {
+  return converted(reference::iso2022KrOfKsc(text));
 }
 
 template <typename Converter, typename Method, typename... More>
@@ -63,105 +70,36 @@ Converted fromKsc(const unsigned char* in, std::size_t size) {
   return convertedBy<Korean>(&Korean::KscToIso2022, in, size);
 }
 
-// What a kernel leaves behind.
 template <typename State>
-struct Ended {
-  std::string bytes;
-  std::size_t consumed;
-  State state;
-  bool operator==(const Ended&) const = default;
-};
+using Direction = test_kernels::StatefulDirection<State>;
 
-// One direction: its loop, the room that it is promised for each byte, the
-// conversion that uses it, and what that must do.
-template <typename State>
-struct Direction {
-  const char* name;
-  Progress (*Iso2022::*loop)(const unsigned char*, const unsigned char*, unsigned char*, State&);
-  std::size_t room;
-  Converted (*convert)(const unsigned char* in, std::size_t size);
-  Converted (*expected)(std::string_view text);
-};
+template <auto loop>
+auto loopOf(Target target) {
+  return kernel::iso2022Of(target).*loop;
+}
 
-constexpr Direction<JapaneseSet> readJp{"jisToShiftJis", &Iso2022::jisToShiftJis, 1, toShiftJis,
-                                        expectedToShiftJis};
-constexpr Direction<JapaneseSet> writeJp{"shiftJisToJis", &Iso2022::shiftJisToJis, 4, fromShiftJis,
-                                         expectedFromShiftJis};
-constexpr Direction<bool> readKr{"isoToKsc", &Iso2022::isoToKsc, 1, toKsc,
-                                 reference::kscOfIso2022Kr};
-constexpr Direction<bool> writeKr{"kscToIso", &Iso2022::kscToIso, 2, fromKsc,
-                                  reference::iso2022KrOfKsc};
+constexpr Direction<JapaneseSet> readJp{"jisToShiftJis", loopOf<&Iso2022::jisToShiftJis>, 1,
+                                        toShiftJis, expectedToShiftJis};
+constexpr Direction<JapaneseSet> writeJp{"shiftJisToJis", loopOf<&Iso2022::shiftJisToJis>, 4,
+                                         fromShiftJis, expectedFromShiftJis};
+constexpr Direction<bool> readKr{"isoToKsc", loopOf<&Iso2022::isoToKsc>, 1, toKsc, expectedToKsc};
+constexpr Direction<bool> writeKr{"kscToIso", loopOf<&Iso2022::kscToIso>, 2, fromKsc,
+                                  expectedFromKsc};
 
 constexpr JapaneseSet japaneseStates[] = {JapaneseSet::ascii, JapaneseSet::katakana,
                                           JapaneseSet::kanji};
 constexpr bool koreanStates[] = {false, true};
 
-class Iso2022Kernels : public testing::TestWithParam<Target> {
+class Iso2022Kernels : public test_kernels::StatefulKernelTest {
  protected:
-  void SetUp() override {
-    if (!kernel::canRun(GetParam())) GTEST_SKIP() << "not on this machine";
-    kernel::setTarget(GetParam());
-  }
-  void TearDown() override { kernel::setTarget(m_before); }
-
   testing::AssertionResult agrees(const Direction<JapaneseSet>& direction,
                                   std::string_view text) const {
-    return agrees(direction, text, japaneseStates);
+    return agreesFrom(japaneseStates, direction, text);
   }
 
   testing::AssertionResult agrees(const Direction<bool>& direction, std::string_view text) const {
-    return agrees(direction, text, koreanStates);
+    return agreesFrom(koreanStates, direction, text);
   }
-
- private:
-  // Whether the conversion does what it must, and the loop the same as the scalar
-  // one from whichever state, with the bytes at either edge of what it may touch.
-  template <typename State, std::size_t numStates>
-  testing::AssertionResult agrees(const Direction<State>& direction, std::string_view text,
-                                  const State (&states)[numStates]) const {
-    const Converted expected = direction.expected(text);
-    for (const Edge edge : edges) {
-      const Converted got = direction.convert(placed(text, edge), text.size());
-      if (!(got == expected)) {
-        return testing::AssertionFailure()
-               << direction.name << " of " << hex(text) << "\ngave " << got.hadError << ", "
-               << hex(got.bytes) << "\nnot  " << expected.hadError << ", " << hex(expected.bytes);
-      }
-      for (const State state : states) {
-        const Ended<State> plain = run(direction, Target::scalar, text, edge, state);
-        const Ended<State> ended = run(direction, GetParam(), text, edge, state);
-        if (ended == plain) continue;
-        return testing::AssertionFailure()
-               << direction.name << " of " << hex(text) << "\nfrom " << static_cast<int>(state)
-               << " stopped at " << ended.consumed << ", not " << plain.consumed << ", wrote "
-               << hex(ended.bytes) << "\nnot " << hex(plain.bytes);
-      }
-    }
-    return testing::AssertionSuccess();
-  }
-
-  unsigned char* placed(std::string_view text, Edge edge) const {
-    unsigned char* in = m_in.at(edge, text.size());
-    text.copy(reinterpret_cast<char*>(in), text.size());
-    return in;
-  }
-
-  template <typename State>
-  Ended<State> run(const Direction<State>& direction, Target target, std::string_view text,
-                   Edge edge, State state) const {
-    const unsigned char* in = placed(text, edge);
-    unsigned char* out = m_out.at(edge, text.size() * direction.room);
-    const Progress progress =
-        (kernel::iso2022Of(target).*direction.loop)(in, in + text.size(), out, state);
-    return {{reinterpret_cast<char*>(out), static_cast<std::size_t>(progress.out - out)},
-            static_cast<std::size_t>(progress.in - in),
-            state};
-  }
-
-  static constexpr std::size_t most = 1U << 18;
-  const Target m_before = kernel::currentTarget();
-  test_kernels::FencedBytes m_in{most};
-  test_kernels::FencedBytes m_out{4 * most};
 };
 
 std::string pairOf(std::size_t lead, std::size_t trail) {

@@ -14,8 +14,6 @@ constexpr unsigned int mostBytes = std::numeric_limits<unsigned int>::max();
 constexpr unsigned int smallestBlock = 64;
 }  // namespace
 
-DataBuffer::~DataBuffer() { release(); }
-
 DataBuffer::DataBuffer(DataBuffer&& other) noexcept
     : m_data(std::exchange(other.m_data, nullptr)),
       m_size(std::exchange(other.m_size, 0)),

@@ -14,7 +14,9 @@ namespace quorvel {
 class QUORVEL_API DataBuffer {
  public:
   DataBuffer() = default;
-  ~DataBuffer();
+  ~DataBuffer() {
+    if (m_capacity) release();
+  }
   DataBuffer(DataBuffer&& other) noexcept;
   DataBuffer& operator=(DataBuffer&& other) noexcept;
   DataBuffer(const DataBuffer&) = delete;

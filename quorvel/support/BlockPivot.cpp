@@ -182,7 +182,13 @@ class BlockPivot {
 };
 
 template <typename From, typename To>
-struct Sides {};
+bool pivotBetween(EncodingConvert& converter, int fromCodePage, int toCodePage,
+                  const unsigned char* data, unsigned int numBytes, unsigned int blockLength,
+                  DataBuffer& out, LogBase& log) {
+  return BlockPivot<From, To>(converter, fromCodePage, toCodePage, data, numBytes, blockLength, out,
+                              log)
+      .run();
+}
 
 bool isPivotSide(int codePage) { return codePage == codePageUtf8 || isRouted(codePage); }
 
@@ -198,14 +204,10 @@ bool canPivotInBlocks(const EncodingConvert& converter, int fromCodePage, int to
 bool pivotInBlocks(EncodingConvert& converter, int fromCodePage, int toCodePage,
                    const unsigned char* data, unsigned int numBytes, unsigned int blockLength,
                    DataBuffer& out, LogBase& log) {
-  const auto run = [&]<typename From, typename To>(Sides<From, To>) {
-    return BlockPivot<From, To>(converter, fromCodePage, toCodePage, data, numBytes, blockLength,
-                                out, log)
-        .run();
-  };
-  if (fromCodePage == codePageUtf8) return run(Sides<FromUtf8, ToTable>());
-  if (toCodePage == codePageUtf8) return run(Sides<FromTable, ToUtf8>());
-  return run(Sides<FromTable, ToTable>());
+  auto* pivot = &pivotBetween<FromTable, ToTable>;
+  if (fromCodePage == codePageUtf8) pivot = &pivotBetween<FromUtf8, ToTable>;
+  if (toCodePage == codePageUtf8) pivot = &pivotBetween<FromTable, ToUtf8>;
+  return pivot(converter, fromCodePage, toCodePage, data, numBytes, blockLength, out, log);
 }
 
 }  // namespace quorvel

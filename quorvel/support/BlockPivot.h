@@ -9,7 +9,7 @@ class EncodingConvert;
 
 /// Source text that is taken through the pivot at a time: what it becomes stays
 /// in the nearest cache, and its scratch on the stack.
-inline constexpr unsigned int sourceBytesPerBlock = 4096;
+inline constexpr unsigned int sourceBytesPerBlock = 8192;
 
 /// The shortest block that is sure to hold a character.
 inline constexpr unsigned int fewestBytesPerBlock = 4;

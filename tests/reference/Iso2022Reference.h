@@ -28,6 +28,13 @@ inline std::string pair(int lead, int trail) {
 
 }  // namespace iso2022
 
+/// Where the two bytes of `code` stand in `codes`, or the size of that.
+inline std::size_t placeOf(std::string_view code, std::string_view codes) {
+  std::size_t place = 0;
+  while (place < codes.size() && codes.substr(place, 2) != code) place += 2;
+  return place;
+}
+
 /// `lastBlock` has the Shift_JIS codes of rows 89 to 92.
 inline Converted shiftJisOfIso2022Jp(std::string_view text, std::string_view lastBlock) {
   using namespace iso2022;
@@ -101,9 +108,7 @@ inline Converted iso2022JpOfShiftJis(std::string_view text, std::string_view las
       const bool isLead = isWithin(byte, 0x81, 0x9F) || isWithin(byte, 0xE0, 0xFC);
       if (isLead && isWithin(next, 0x40, 0xFC) && next != 0x7F) {
         used = 2;
-        std::size_t place = 0;
-        while (place < lastBlock.size() && lastBlock.substr(place, 2) != text.substr(0, 2))
-          place += 2;
+        const std::size_t place = byte < 0xF0 ? 0 : placeOf(text.substr(0, 2), lastBlock);
         if (byte < 0xF0) {
           const int odd = 2 * (byte - (byte < 0xA0 ? 0x81 : 0xC1)) + 1;
           code = next >= 0x9F ? pair(odd + 0x21, next - 0x7E)

@@ -34,8 +34,6 @@ unsigned char withoutHighBit(unsigned char byte) {
 
 // Eight bytes of ASCII none of which is SO, SI or an escape: those are below 20,
 // which a subtraction shows, together with all other controls.
-constexpr std::uint64_t inEachByte = 0x0101010101010101U;
-
 bool isTextRun(const unsigned char* in) {
   const std::uint64_t bytes = loadRun(in);
   return ((bytes | (bytes - 0x20 * inEachByte)) & 0x80 * inEachByte) == 0;

@@ -84,31 +84,62 @@ inline Progress widenBlocks(const unsigned char* in, const unsigned char* end, u
 
 // Single bytes.
 
+// A shuffle looks the low half of each byte up in one row of sixteen entries;
+// the high half then says which row it was, one bit after the other.
+
+inline __m256i entriesInRow(const unsigned char* row, __m256i places) {
+  return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(load16(row)), places);
+}
+
+// Of two rows, or two results, the second for the bytes that have the bit set.
+template <int bit>
+inline __m256i choose(__m256i first, __m256i second, __m256i bytes) {
+  return _mm256_blendv_epi8(first, second, _mm256_slli_epi16(bytes, 7 - bit));
+}
+
+// The entries by 128 bytes that differ in their highest bit from the others.
+inline __m256i entriesOfHalf(const unsigned char* rows, __m256i bytes) {
+  const __m256i places = _mm256_and_si256(bytes, everyByte(0x0F));
+  const auto two = [&](const unsigned char* at) {
+    return choose<4>(entriesInRow(at, places), entriesInRow(at + 16, places), bytes);
+  };
+  const auto four = [&](const unsigned char* at) {
+    return choose<5>(two(at), two(at + 32), bytes);
+  };
+  return choose<6>(four(rows), four(rows + 64), bytes);
+}
+
+inline __m256i entriesOf(const unsigned char* rows, __m256i bytes) {
+  return choose<7>(entriesOfHalf(rows, bytes), entriesOfHalf(rows + 128, bytes), bytes);
+}
+
 // The units of 32 bytes, their low and their high halves.
 struct Halves {
   __m256i lows;
   __m256i highs;
 };
 
-inline __m256i loadTwice(const unsigned char* p) { return _mm256_broadcastsi128_si256(load16(p)); }
+// The ways to look both up, by what is known of a page.
 
-inline Halves halvesOf(const BytesToUnits& table, __m256i bytes) {
-  const __m256i row = _mm256_and_si256(_mm256_srli_epi16(bytes, 4), everyByte(0x0F));
-  Halves halves{_mm256_add_epi8(bytes, _mm256_shuffle_epi8(loadTwice(table.sums), row)),
-                _mm256_shuffle_epi8(loadTwice(table.highs), row)};
-  for (unsigned int i = 0; i < table.rowCount; ++i) {
-    const BytesToUnits::Row& other = table.rows[i];
-    // A shuffle gives zero for the bytes of the rows that this leaves above 7F.
-    const __m256i inRow =
-        _mm256_adds_epu8(_mm256_xor_si256(bytes, everyByte(other.first)), everyByte(0x70));
-    halves.lows = _mm256_xor_si256(halves.lows, _mm256_shuffle_epi8(loadTwice(other.lows), inRow));
-    if (i < table.mixedCount) {
-      halves.highs =
-          _mm256_xor_si256(halves.highs, _mm256_shuffle_epi8(loadTwice(other.highs), inRow));
-    }
+struct AsciiBelow80 {
+  static Halves halvesOf(const BytesToUnits& table, __m256i bytes) {
+    const __m256i isAscii = _mm256_cmpgt_epi8(bytes, everyByte(-1));
+    return {choose<7>(bytes, entriesOfHalf(table.lows + 128, bytes), bytes),
+            _mm256_andnot_si256(isAscii, entriesOfHalf(table.highs + 128, bytes))};
   }
-  return halves;
-}
+};
+
+struct UnitsBelow100 {
+  static Halves halvesOf(const BytesToUnits& table, __m256i bytes) {
+    return {entriesOf(table.lows, bytes), _mm256_setzero_si256()};
+  }
+};
+
+struct AnyUnits {
+  static Halves halvesOf(const BytesToUnits& table, __m256i bytes) {
+    return {entriesOf(table.lows, bytes), entriesOf(table.highs, bytes)};
+  }
+};
 
 inline unsigned int missing(const Halves& halves) {
   const __m256i either = _mm256_or_si256(halves.lows, halves.highs);
@@ -122,48 +153,13 @@ inline void storeUnits(const Halves& halves, unsigned char* out) {
   store(_mm256_permute2x128_si256(even, odd, 0x31), out + 32);
 }
 
-// The units of eight bytes.
-inline __m128i unitsOf(const unsigned short* units, const unsigned char* in) {
-  __m128i entries = _mm_setzero_si128();
-  entries = _mm_insert_epi16(entries, units[in[0]], 0);
-  entries = _mm_insert_epi16(entries, units[in[1]], 1);
-  entries = _mm_insert_epi16(entries, units[in[2]], 2);
-  entries = _mm_insert_epi16(entries, units[in[3]], 3);
-  entries = _mm_insert_epi16(entries, units[in[4]], 4);
-  entries = _mm_insert_epi16(entries, units[in[5]], 5);
-  entries = _mm_insert_epi16(entries, units[in[6]], 6);
-  return _mm_insert_epi16(entries, units[in[7]], 7);
-}
-
-// What is as quick as reading 32 entries.
-constexpr unsigned int mostRows = 5;
-
-// Writes the units of 32 bytes, if all have one.
-inline bool decodeByRows(const BytesToUnits& table, const unsigned char* in, unsigned char* out) {
-  const Halves halves = halvesOf(table, load(in));
-  if (missing(halves) != 0) return false;
-  storeUnits(halves, out);
-  return true;
-}
-
-inline bool decodeByEntries(const BytesToUnits& table, const unsigned char* in,
-                            unsigned char* out) {
-  for (std::ptrdiff_t i = 0; i < 32; i += 16) {
-    const __m128i first = unitsOf(table.units, in + i);
-    const __m128i second = unitsOf(table.units, in + i + 8);
-    if ((missing(first) | missing(second)) != 0) return false;
-    store(first, out + 2 * i);
-    store(second, out + 2 * i + 16);
-  }
-  return true;
-}
-
-template <typename DecodeBlock>
-inline Progress decodeBlocks(const DecodeBlock& decodeBlock, const BytesToUnits& table,
-                             const unsigned char* in, const unsigned char* end,
-                             unsigned char* out) {
+template <typename Way>
+inline Progress decodeBytes(const BytesToUnits& table, const unsigned char* in,
+                            const unsigned char* end, unsigned char* out) {
   while (end - in >= 32) {
-    if (decodeBlock(table, in, out)) {
+    const Halves halves = Way::halvesOf(table, load(in));
+    if (missing(halves) == 0) {
+      storeUnits(halves, out);
       in += 32;
       out += 64;
       continue;
@@ -178,11 +174,9 @@ inline Progress decodeBlocks(const DecodeBlock& decodeBlock, const BytesToUnits&
 
 Progress bytesToUnits(const BytesToUnits& table, const unsigned char* in, const unsigned char* end,
                       unsigned char* out) {
-  return table.rowCount <= mostRows
-             ? decodeBlocks([](auto&... block) { return decodeByRows(block...); }, table, in, end,
-                            out)
-             : decodeBlocks([](auto&... block) { return decodeByEntries(block...); }, table, in,
-                            end, out);
+  return table.hasAsciiBelow80   ? decodeBytes<AsciiBelow80>(table, in, end, out)
+         : table.hasUnitsFrom100 ? decodeBytes<AnyUnits>(table, in, end, out)
+                                 : decodeBytes<UnitsBelow100>(table, in, end, out);
 }
 
 inline __m128i codesOfUnits(const unsigned char* codes, const unsigned char* in) {

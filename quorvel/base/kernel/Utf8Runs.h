@@ -8,7 +8,6 @@
 
 #include "quorvel/base/Progress.h"
 #include "quorvel/base/Utf16Unit.h"
-#include "quorvel/base/Utf8Sequence.h"
 #include "quorvel/base/kernel/AsciiRun.h"
 
 /// Decodes UTF-8 in runs of characters of one length, whatever it becomes. `Form`
@@ -37,57 +36,81 @@ inline unsigned int joinThree(const unsigned char* in) {
   return (in[0] & 0x0FU) << 12 | (in[1] & 0x3FU) << 6 | (in[2] & 0x3FU);
 }
 
-// Pairs of two-byte characters. Their form is that of one mask; only C0 and C1,
-// which would be overlong, have none of the bits 1E.
+inline unsigned int joinFour(const unsigned char* in) {
+  return (in[0] & 0x07U) << 18 | (in[1] & 0x3FU) << 12 | (in[2] & 0x3FU) << 6 | (in[3] & 0x3FU);
+}
+
+// The forms of characters as masks over their bytes and one that follows them.
+
+inline bool isTwo(std::uint32_t bytes) {
+  return (bytes & fourBytes(0xE0, 0xC0, 0x00, 0x00)) == fourBytes(0xC0, 0x80, 0x00, 0x00);
+}
+
+inline bool isThree(std::uint32_t bytes) {
+  return (bytes & fourBytes(0xF0, 0xC0, 0xC0, 0x00)) == fourBytes(0xE0, 0x80, 0x80, 0x00);
+}
+
+inline bool isFour(std::uint32_t bytes) {
+  return (bytes & fourBytes(0xF8, 0xC0, 0xC0, 0xC0)) == fourBytes(0xF0, 0x80, 0x80, 0x80);
+}
+
+// Each decodes well-formed characters of one length while there are any and a
+// byte follows them, or is part of them.
+
 template <typename Form>
 Progress decodeTwos(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  while (end - in >= 4) {
-    const std::uint32_t bytes = loadFour(in);
-    if ((bytes & fourBytes(0xE0, 0xC0, 0xE0, 0xC0)) != fourBytes(0xC0, 0x80, 0xC0, 0x80)) break;
-    if ((in[0] & 0x1E) == 0 || (in[2] & 0x1E) == 0) break;
-    out = Form::putBasic(joinTwo(in), out);
-    out = Form::putBasic(joinTwo(in + 2), out);
-    in += 4;
+  for (; end - in >= 4 && isTwo(loadFour(in)); in += 2) {
+    const unsigned int unit = joinTwo(in);
+    if (unit < 0x80) break;
+    out = Form::putBasic(unit, out);
   }
   return {in, out};
 }
 
-// Three-byte characters that a fourth byte follows.
 template <typename Form>
 Progress decodeThrees(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  while (end - in >= 4) {
-    const std::uint32_t bytes = loadFour(in);
-    if ((bytes & fourBytes(0xF0, 0xC0, 0xC0, 0x00)) != fourBytes(0xE0, 0x80, 0x80, 0x00)) break;
+  for (; end - in >= 4 && isThree(loadFour(in)); in += 3) {
     const unsigned int unit = joinThree(in);
     if (unit < 0x800 || isSurrogate(unit)) break;
     out = Form::putBasic(unit, out);
-    in += 3;
   }
   return {in, out};
 }
 
 template <typename Form>
 Progress decodeFours(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  while (end - in >= 4) {
-    const std::uint32_t bytes = loadFour(in);
-    if ((bytes & fourBytes(0xF8, 0xC0, 0xC0, 0xC0)) != fourBytes(0xF0, 0x80, 0x80, 0x80)) break;
-    const unsigned int codePoint =
-        (in[0] & 0x07U) << 18 | (in[1] & 0x3FU) << 12 | (in[2] & 0x3FU) << 6 | (in[3] & 0x3FU);
+  for (; end - in >= 4 && isFour(loadFour(in)); in += 4) {
+    const unsigned int codePoint = joinFour(in);
     if (codePoint - 0x10000 >= 0x100000) break;
     out = Form::putBeyond(codePoint, out);
-    in += 4;
   }
   return {in, out};
 }
 
+// As `loadFour`, with zeros for the bytes from `end` on: none of them goes on
+// with a character.
+inline std::uint32_t loadUpToFour(const unsigned char* p, const unsigned char* end) {
+  if (end - p >= 4) return loadFour(p);
+  unsigned char bytes[4] = {};
+  for (std::ptrdiff_t i = 0; i < end - p; ++i) bytes[i] = p[i];
+  return loadFour(bytes);
+}
+
 template <typename Form>
 Progress decodeOne(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  const Utf8Sequence sequence = decodeUtf8(in, static_cast<std::size_t>(end - in));
-  if (!sequence.isWellFormed) return {in, out};
-  out = sequence.length == 4   ? Form::putBeyond(sequence.codePoint, out)
-        : sequence.length == 1 ? Form::putAscii(sequence.codePoint, out)
-                               : Form::putBasic(sequence.codePoint, out);
-  return {in + sequence.length, out};
+  if (*in < 0x80) return {in + 1, Form::putAscii(*in, out)};
+  const std::uint32_t bytes = loadUpToFour(in, end);
+  if (isTwo(bytes)) {
+    const unsigned int unit = joinTwo(in);
+    return unit < 0x80 ? Progress{in, out} : Progress{in + 2, Form::putBasic(unit, out)};
+  }
+  if (isThree(bytes)) {
+    const unsigned int unit = joinThree(in);
+    if (unit < 0x800 || isSurrogate(unit)) return {in, out};
+    return {in + 3, Form::putBasic(unit, out)};
+  }
+  const bool isBeyond = isFour(bytes) && joinFour(in) - 0x10000 < 0x100000;
+  return isBeyond ? Progress{in + 4, Form::putBeyond(joinFour(in), out)} : Progress{in, out};
 }
 
 template <typename Form>
@@ -103,11 +126,14 @@ Progress decode(const unsigned char* in, const unsigned char* end, unsigned char
       Form::widenRun(in, out);
       in += count;
       out += std::size_t{Form::bytesPerAscii} * count;
+    } else {
+      while (in != end && *in < 0x80) out = Form::putAscii(*in++, out);
     }
-    Progress progress = decodeTwos<Form>(in, end, out);
-    progress = decodeThrees<Form>(progress.in, end, progress.out);
-    progress = decodeFours<Form>(progress.in, end, progress.out);
-    if (progress.in == in && in != end) {
+    if (in == end) break;
+    Progress progress = *in < 0xE0   ? decodeTwos<Form>(in, end, out)
+                        : *in < 0xF0 ? decodeThrees<Form>(in, end, out)
+                                     : decodeFours<Form>(in, end, out);
+    if (progress.in == in) {
       progress = decodeOne<Form>(in, end, out);
       if (progress.in == in) break;
     }

@@ -50,46 +50,55 @@ template <bool joinsPairs>
 Progress encodeOne(const unsigned char* in, const unsigned char* end, unsigned char* out) {
   const unsigned int unit = loadUnit(in);
   if (unit == 0) return {in + 2, out};
-  if (isLowSurrogate(unit)) return {in + 2, writeThreeBytes(unit, out)};
-  const unsigned int next =
-      joinsPairs && isHighSurrogate(unit) && end - in >= 4 ? loadUnit(in + 2) : 0;
+  if (unit == undecidedUnit) return {in, out};
+  if (!isHighSurrogate(unit)) return {in + 2, encodeUtf8(unit, out)};
+  const unsigned int next = joinsPairs && end - in >= 4 ? loadUnit(in + 2) : 0;
   if (!isLowSurrogate(next)) return {in, out};
   return {in + 4, encodeUtf8(0x10000 + ((unit & 0x3FF) << 10 | (next & 0x3FF)), out)};
 }
 
+// Three bytes, and a fourth that the unit behind has room for.
+unsigned char* storeThree(unsigned int unit, unsigned char* out) {
+  const std::uint32_t bytes =
+      utf8_runs::fourBytes(static_cast<unsigned char>(0xE0 | unit >> 12),
+                           static_cast<unsigned char>(0x80 | (unit >> 6 & 0x3F)),
+                           static_cast<unsigned char>(0x80 | (unit & 0x3F)), 0);
+  std::memcpy(out, &bytes, sizeof bytes);
+  return out + 3;
+}
+
+bool areAsciiWithoutNul(const unsigned char* in) {
+  const std::uint64_t units = loadRun(in);
+  return areAscii(units) && !hasZeroUnit(units);
+}
+
 template <bool joinsPairs>
 Progress encodeUnits(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  while (end - in >= 2) {
+  while (end - in >= 4) {
     const unsigned int unit = loadUnit(in);
-    if (unit < 0x80) {
-      if (unit == 0) {
-        in += 2;
-        continue;
-      }
+    if (unit - 0x80 < 0x780) {
+      out = storePair(0xC0 | unit >> 6, 0x80 | (unit & 0x3F), out);
+      in += 2;
+    } else if (unit - 0x800 < 0xD000) {
+      out = storeThree(unit, out);
+      in += 2;
+    } else if (unit - 1 < 0x7F) {
       *out++ = static_cast<unsigned char>(unit);
       in += 2;
-      while (end - in >= runLength) {
-        const std::uint64_t units = loadRun(in);
-        if (!areAscii(units) || hasZeroUnit(units)) break;
+      while (end - in >= runLength && areAsciiWithoutNul(in)) {
         for (std::ptrdiff_t i = 0; i < runLength; i += 2) {
           *out++ = static_cast<unsigned char>(loadUnit(in + i));
         }
         in += runLength;
       }
-    } else if (unit < 0x800) {
-      out = storePair(0xC0 | unit >> 6, 0x80 | (unit & 0x3F), out);
-      in += 2;
-    } else if (!isSurrogate(unit) && unit != undecidedUnit) {
-      out = writeThreeBytes(unit, out);
-      in += 2;
     } else {
       const Progress progress = encodeOne<joinsPairs>(in, end, out);
-      if (progress.in == in) break;
+      if (progress.in == in) return progress;
       in = progress.in;
       out = progress.out;
     }
   }
-  return {in, out};
+  return end - in >= 2 ? encodeOne<joinsPairs>(in, end, out) : Progress{in, out};
 }
 
 }  // namespace
