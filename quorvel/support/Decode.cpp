@@ -1,8 +1,9 @@
 // Decoding of the table-driven code pages to UTF-16LE: the loops of
-// TableLoops.cpp map what has a mapping, the steps here decide about the rest.
+// kernel/Table.h map what has a mapping, the steps here decide about the rest.
 
 #include "quorvel/base/BlockRunner.h"
 #include "quorvel/base/InLogContext.h"
+#include "quorvel/base/kernel/Target.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/Steps.h"
@@ -13,15 +14,15 @@ namespace quorvel {
 
 namespace {
 
-// Decodes multibyte text. A lone byte at the very end is a single-byte error,
-// anything before it one of unknown extent. A character takes at most `mostBytes`
-// bytes.
-template <typename Table>
-const unsigned char* decodeText(EncodingConvert& converter, const Table& table,
+// Decodes multibyte text by `decode`, which makes at most `mostBytes` bytes of a
+// character. A lone byte at the very end is a single-byte error, anything before
+// it one of unknown extent.
+template <typename Decode>
+const unsigned char* decodeText(EncodingConvert& converter, const Decode& decode,
                                 unsigned int mostBytes, const SourcePart& part, DataBuffer& out,
                                 LogBase& log) {
   const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return decodeMultiBytes(table, from, stop, part.end, room);
+    return decode(from, stop, part.end, room);
   };
   const unsigned char* in = part.in;
   bool isPerfect = true;
@@ -47,13 +48,11 @@ const unsigned char* decodeText(EncodingConvert& converter, const Table& table,
   return in;
 }
 
-const unsigned char* decodeSingleByteText(EncodingConvert& converter, const UnicodeLookup& lookup,
-                                          const SourcePart& part, DataBuffer& out, LogBase& log) {
-  const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return decodeSingleBytes(lookup, from, stop, room);
-  };
+template <typename Decode>
+const unsigned char* decodeSingleBytes(EncodingConvert& converter, const Decode& decode,
+                                       const SourcePart& part, DataBuffer& out, LogBase& log) {
   for (const unsigned char* in = part.in;;) {
-    in = runInBlocks(loop, in, part.stop, 4, out);
+    in = runInBlocks(decode, in, part.stop, 4, out);
     if (!in || in == part.stop) return in;
     converter.m_hadError = true;
     if (converter.m_errorAction != 0) converter.handleErrorFromSingleByte(in, out, log);
@@ -65,8 +64,16 @@ const unsigned char* decodeSingleByteText(EncodingConvert& converter, const Unic
 
 const unsigned char* decodeByTable(EncodingConvert& converter, const ToUnicodeTable& table,
                                    const SourcePart& part, DataBuffer& out, LogBase& log) {
-  return table.lookup ? decodeSingleByteText(converter, *table.lookup, part, out, log)
-                      : decodeText(converter, *table.pairs, 2, part, out, log);
+  if (table.bytes) {
+    const auto decode = [loop = kernel::table().bytesToUnits, &table](auto... text) {
+      return loop(*table.bytes, text...);
+    };
+    return decodeSingleBytes(converter, decode, part, out, log);
+  }
+  const auto decode = [loop = kernel::table().pairsToUnits, &table](auto... text) {
+    return loop(*table.pairs, text...);
+  };
+  return decodeText(converter, decode, 2, part, out, log);
 }
 
 const ToUnicodeTable* tableToDecode(int codePage, LogBase& log) {
@@ -90,9 +97,11 @@ bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* 
     }
     const ToUnicodeTable* table = tableToDecode(fromCodePage, log);
     if (!table) return false;
-    if (table->lookup) return convertToUnicodeByLookup(*table->lookup, in, inLen, out, log);
-    const unsigned char* end = in + inLen;
-    return decodeByTable(*this, *table, {in, end, end}, out, log) != nullptr;
+    const auto decode = [&] {
+      const unsigned char* end = in + inLen;
+      return decodeByTable(*this, *table, {in, end, end}, out, log) != nullptr;
+    };
+    return table->bytes ? inLogContext(log, lookupDecodingContext, decode) : decode();
   });
 }
 
@@ -101,7 +110,10 @@ bool EncodingConvert::convertToUnicodeByLookup(UnicodeLookup& lookup, const unsi
   if (!in || inLen == 0) return true;
   return inLogContext(log, lookupDecodingContext, [&] {
     const unsigned char* end = in + inLen;
-    return decodeSingleByteText(*this, lookup, {in, end, end}, out, log) != nullptr;
+    const auto decode = [&](auto... text) {
+      return kernel::scalar::bytesToUnits(lookup.m_units, text...);
+    };
+    return decodeSingleBytes(*this, decode, {in, end, end}, out, log) != nullptr;
   });
 }
 
@@ -113,7 +125,9 @@ bool EncodingConvert::convertToUnicodeHCVar(HashConvert* hc, const unsigned char
   }
   if (!in || inLen == 0) return true;
   const unsigned char* end = in + inLen;
-  return decodeText(*this, *hc, HashConvert::mostValueBytes, {in, end, end}, out, log) != nullptr;
+  const auto decode = [hc](auto... text) { return decodeMultiBytes(*hc, text...); };
+  return decodeText(*this, decode, HashConvert::mostValueBytes, {in, end, end}, out, log) !=
+         nullptr;
 }
 
 }  // namespace quorvel

@@ -1,5 +1,5 @@
 // Encoding of UTF-16LE in the table-driven code pages: the loops of
-// TableLoops.cpp map what has a mapping, the steps here decide about the rest.
+// kernel/Table.h map what has a mapping, the steps here decide about the rest.
 
 #include <algorithm>
 #include <cstddef>
@@ -8,6 +8,7 @@
 #include "quorvel/base/BlockRunner.h"
 #include "quorvel/base/InLogContext.h"
 #include "quorvel/base/Utf16Unit.h"
+#include "quorvel/base/kernel/Target.h"
 #include "quorvel/base/qvHelpers.h"
 #include "quorvel/support/ArabicDigits.h"
 #include "quorvel/support/CodePageNumbers.h"
@@ -88,15 +89,12 @@ bool encodeOne(EncodingConvert& converter, const HashConvert& table, const unsig
 
 enum class AtMarker { copyRawBytes, stop };
 
-// `fast` is the table itself or an index of it, with codes of at most `mostBytes`
-// bytes. Where a marker ends what `fast` is good for, the text goes no further.
-template <typename Fast>
-Encoded encodeText(EncodingConvert& converter, const HashConvert& table, const Fast& fast,
+// `loop` encodes what `table` maps, a unit in at most `mostBytes` bytes. Where a
+// marker ends what it is good for, the text goes no further.
+template <typename Loop>
+Encoded encodeText(EncodingConvert& converter, const HashConvert& table, const Loop& loop,
                    unsigned int mostBytes, AtMarker atMarker, const UnitsPart& part,
                    DataBuffer& out, LogBase& log) {
-  const auto loop = [&](const unsigned char* from, const unsigned char* stop, unsigned char* room) {
-    return encodeUnits(fast, from, stop, room);
-  };
   bool isWhole = true;
   for (const unsigned char* in = part.in;;) {
     in = runInBlocks(loop, in, part.end, mostBytes, out);
@@ -130,23 +128,28 @@ std::unique_ptr<unsigned char[]> withAsciiDigits(const unsigned char* in, unsign
   return copy;
 }
 
+// The loop over a table as it is.
+auto probing(const HashConvert& table) {
+  return [&table](auto... text) { return encodeUnits(table, text...); };
+}
+
 // Both sets of Arabic digits become ASCII digits, and so do raw bytes behind a
-// marker that happen to look like them. The index knows the digits; but from the
+// marker that happen to look like them. `loop` knows the digits; but from the
 // first marker on the units may be read one byte off while it is still the units
 // as they were written that count: from there on the text is rewritten, and read
-// through the table, which leaves what then looks like a digit alone.
-Encoded encodeWithAsciiDigits(EncodingConvert& converter, const FromUnicodeTable& table,
-                              const UnitsPart& part, DataBuffer& out, LogBase& log) {
-  const Encoded plain =
-      encodeText(converter, *table.hash, *table.bytes, 1, AtMarker::stop, part, out, log);
+// by the table itself, which leaves what then looks like a digit alone.
+template <typename Loop>
+Encoded encodeWithAsciiDigits(EncodingConvert& converter, const HashConvert& table,
+                              const Loop& loop, const UnitsPart& part, DataBuffer& out,
+                              LogBase& log) {
+  const Encoded plain = encodeText(converter, table, loop, 1, AtMarker::stop, part, out, log);
   if (!plain.in || part.end - plain.in < 2 || !part.isLast) return plain;
   const auto length = static_cast<unsigned int>(part.end - plain.in);
   const auto rewritten = withAsciiDigits(plain.in, length);
   if (!rewritten) return {nullptr, false};
   const UnitsPart rest{rewritten.get(), rewritten.get() + length, true};
-  const Encoded marked =
-      encodeText(converter, *table.hash, *table.hash, HashConvert::mostValueBytes,
-                 AtMarker::copyRawBytes, rest, out, log);
+  const Encoded marked = encodeText(converter, table, probing(table), HashConvert::mostValueBytes,
+                                    AtMarker::copyRawBytes, rest, out, log);
   return {marked.in ? part.end : nullptr, plain.isWhole && marked.isWhole};
 }
 
@@ -161,13 +164,19 @@ bool succeeded(const Encoded& encoded) { return encoded.in && encoded.isWhole; }
 
 Encoded encodeByTable(EncodingConvert& converter, const FromUnicodeTable& table,
                       const UnitsPart& part, DataBuffer& out, LogBase& log) {
-  if (takesAsciiDigits(table.hash->codePage())) {
-    return encodeWithAsciiDigits(converter, table, part, out, log);
+  const HashConvert& hash = *table.hash;
+  if (table.pairs) {
+    const auto loop = [loop = kernel::table().unitsToPairs, &table](auto... text) {
+      return loop(*table.pairs, text...);
+    };
+    return encodeText(converter, hash, loop, 2, AtMarker::copyRawBytes, part, out, log);
   }
-  return table.bytes ? encodeText(converter, *table.hash, *table.bytes, ByteIndex::mostBytes,
-                                  AtMarker::copyRawBytes, part, out, log)
-                     : encodeText(converter, *table.hash, *table.codes, CodeIndex::mostBytes,
-                                  AtMarker::copyRawBytes, part, out, log);
+  const auto loop = [loop = kernel::table().unitsToBytes, &table](auto... text) {
+    return loop(*table.bytes, text...);
+  };
+  return takesAsciiDigits(hash.codePage())
+             ? encodeWithAsciiDigits(converter, hash, loop, part, out, log)
+             : encodeText(converter, hash, loop, 1, AtMarker::copyRawBytes, part, out, log);
 }
 
 const FromUnicodeTable* tableToEncode(int codePage, LogBase& log) {
@@ -198,7 +207,7 @@ bool EncodingConvert::convertFromUnicodeHC2(HashConvert* table, const unsigned c
   if (!table) return false;
   if (!in || inLen == 0) return true;
   if (inLen < 2) return false;
-  return succeeded(encodeText(*this, *table, *table, HashConvert::mostValueBytes,
+  return succeeded(encodeText(*this, *table, probing(*table), HashConvert::mostValueBytes,
                               AtMarker::copyRawBytes, wholeText(in, inLen), out, log));
 }
 

@@ -1,6 +1,7 @@
 #include "quorvel/support/TableIndex.h"
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 
 #include "quorvel/support/ArabicDigits.h"
@@ -9,10 +10,60 @@ namespace quorvel {
 
 namespace {
 
-constexpr std::size_t allUnits = 0x10000;
+// The row of sixteen bytes from `first` on as one of those that a sum does not
+// give, or with `isRegular` set if it does.
+struct RowOfUnits {
+  kernel::BytesToUnits::Row other;
+  bool isMixed;
+  bool isRegular;
+};
 
-std::unique_ptr<unsigned short[]> zeros() {
-  return std::unique_ptr<unsigned short[]>(new (std::nothrow) unsigned short[allUnits]());
+RowOfUnits rowOf(const kernel::BytesToUnits& index, unsigned int first) {
+  const unsigned short* const units = index.units + first;
+  RowOfUnits row{{static_cast<unsigned char>(first), {}, {}}, false, true};
+  for (unsigned int i = 0; i < 16; ++i) {
+    const auto low = static_cast<unsigned char>(first + i + index.sums[first >> 4]);
+    row.other.lows[i] = static_cast<unsigned char>(units[i] ^ low);
+    row.other.highs[i] = static_cast<unsigned char>(units[i] >> 8 ^ index.highs[first >> 4]);
+    row.isRegular = row.isRegular && row.other.lows[i] == 0 && row.other.highs[i] == 0;
+    row.isMixed = row.isMixed || row.other.highs[i] != 0;
+  }
+  return row;
+}
+
+// The ranges that cover the bytes that are set in `isLead`, all of one sort: below
+// the first byte between them that is not, and behind it.
+void coverLeads(kernel::PairsToUnits& index) {
+  const bool* const begin = std::begin(index.isLead);
+  const bool* const end = std::end(index.isLead);
+  const auto range = [&](const bool* first, const bool* behind) {
+    return kernel::PairsToUnits::Range{static_cast<unsigned char>(first - begin),
+                                       static_cast<unsigned char>(behind - 1 - begin)};
+  };
+  const bool* const first = std::find(begin, end, true);
+  if (first == end) return;
+  const bool* const gap = std::find(first, end, false);
+  const bool* const second = std::find(gap, end, true);
+  index.leads[0] = range(first, gap);
+  index.leads[1] = index.leads[0];
+  if (second == end) return;
+  const bool* last = end;
+  while (!last[-1]) --last;
+  index.leads[1] = range(second, last);
+}
+
+bool isWithin(unsigned int byte, const kernel::PairsToUnits::Range& range) {
+  return byte >= range.first && byte <= range.last;
+}
+
+// Gives each byte that leads nothing its own unit, whatever follows it.
+void fillRowsOfSingleBytes(kernel::PairsToUnits& index) {
+  for (unsigned int byte = 0; byte < 0x100; ++byte) {
+    if (index.isLead[byte]) continue;
+    const bool isAscii = index.isLowerAscii && byte < 0x80;
+    const auto unit = isAscii ? static_cast<unsigned short>(byte) : index.bytes[byte];
+    std::fill_n(index.units + (byte << 8), isAscii ? 1 : 0x100, unit);
+  }
 }
 
 // Calls `take(unit, code)` for every unit that a loop may encode without asking,
@@ -34,46 +85,67 @@ void forEachCode(const HashConvert& fromUnicode, const Take& take) {
   }
 }
 
+template <typename Index>
+std::unique_ptr<Index> encodingIndexOf(const HashConvert& fromUnicode) {
+  std::unique_ptr<Index> index(new (std::nothrow) Index{});
+  if (!index) return nullptr;
+  using Code = std::remove_reference_t<decltype(index->codes[0])>;
+  forEachCode(fromUnicode, [&](unsigned int unit, unsigned int code) {
+    index->codes[unit] = static_cast<Code>(code);
+  });
+  return index;
+}
+
 }  // namespace
 
-std::unique_ptr<PairIndex> PairIndex::of(const HashConvert& toUnicode) {
-  std::unique_ptr<PairIndex> index(new (std::nothrow) PairIndex);
-  if (!index || !(index->m_pairs = zeros())) return nullptr;
-  std::copy_n(toUnicode.m_byteToUnicode, std::size(index->m_bytes), index->m_bytes);
-  index->m_isLowerAscii = toUnicode.get_IsLowerAscii();
-  toUnicode.forEachMapping([&](const unsigned char* code, const unsigned char* unit, int) {
-    if (index->m_isLowerAscii && code[0] < 0x80) return;
-    index->m_pairs[static_cast<std::size_t>(code[0]) << 8 | code[1]] =
-        static_cast<unsigned short>(unit[0] | unit[1] << 8);
-  });
-  return index;
-}
-
-std::unique_ptr<CodeIndex> CodeIndex::of(const HashConvert& fromUnicode) {
-  std::unique_ptr<CodeIndex> index(new (std::nothrow) CodeIndex);
-  if (!index || !(index->m_codes = zeros())) return nullptr;
-  forEachCode(fromUnicode, [&](unsigned int unit, unsigned int code) {
-    index->m_codes[unit] = static_cast<unsigned short>(code);
-  });
-  return index;
-}
-
-std::unique_ptr<ByteIndex> ByteIndex::of(const HashConvert& fromUnicode) {
-  std::unique_ptr<ByteIndex> index(new (std::nothrow) ByteIndex);
+std::unique_ptr<kernel::BytesToUnits> bytesToUnitsOf(const UnicodeLookup& lookup) {
+  std::unique_ptr<kernel::BytesToUnits> index(new (std::nothrow) kernel::BytesToUnits{});
   if (!index) return nullptr;
-  // The first row has no entries and serves all units that are not mapped.
-  std::fill(std::begin(index->m_rowOf), std::end(index->m_rowOf), static_cast<unsigned char>(0));
-  unsigned char rows = 1;
-  forEachCode(fromUnicode, [&](unsigned int unit, unsigned int) {
-    unsigned char& row = index->m_rowOf[unit >> 8];
-    if (row == 0) row = rows++;
-  });
-  index->m_rows.reset(new (std::nothrow) unsigned char[rows][256]());
-  if (!index->m_rows) return nullptr;
-  forEachCode(fromUnicode, [&](unsigned int unit, unsigned int code) {
-    index->m_rows[index->m_rowOf[unit >> 8]][unit & 0xFF] = static_cast<unsigned char>(code);
-  });
+  std::copy(std::begin(lookup.m_units) + 1, std::end(lookup.m_units), index->units + 1);
+  for (unsigned int first = 0; first < std::size(index->units); first += 16) {
+    // The byte 00 has no unit to begin a row with.
+    const unsigned int at = first == 0 ? 1 : first;
+    index->sums[first >> 4] = static_cast<unsigned char>(index->units[at] - at);
+    index->highs[first >> 4] = static_cast<unsigned char>(index->units[at] >> 8);
+    const RowOfUnits row = rowOf(*index, first);
+    if (row.isRegular) continue;
+    kernel::BytesToUnits::Row* place = index->rows + index->rowCount++;
+    if (row.isMixed) {
+      kernel::BytesToUnits::Row& other = index->rows[index->mixedCount++];
+      *place = other;
+      place = &other;
+    }
+    *place = row.other;
+  }
   return index;
+}
+
+std::unique_ptr<kernel::PairsToUnits> pairsToUnitsOf(const HashConvert& toUnicode) {
+  std::unique_ptr<kernel::PairsToUnits> index(new (std::nothrow) kernel::PairsToUnits{});
+  if (!index) return nullptr;
+  std::copy_n(toUnicode.m_byteToUnicode, std::size(index->bytes), index->bytes);
+  index->isLowerAscii = toUnicode.get_IsLowerAscii();
+  toUnicode.forEachMapping([&](const unsigned char* code, const unsigned char* unit, int) {
+    if (index->isLowerAscii && code[0] < 0x80) return;
+    index->isLead[code[0]] = true;
+    index->units[code[0] << 8 | code[1]] = static_cast<unsigned short>(unit[0] | unit[1] << 8);
+  });
+  coverLeads(*index);
+  for (unsigned int byte = 0; byte < std::size(index->isLead); ++byte) {
+    if (isWithin(byte, index->leads[0]) || isWithin(byte, index->leads[1])) {
+      index->isLead[byte] = true;
+    }
+  }
+  fillRowsOfSingleBytes(*index);
+  return index;
+}
+
+std::unique_ptr<kernel::UnitsToPairs> unitsToPairsOf(const HashConvert& fromUnicode) {
+  return encodingIndexOf<kernel::UnitsToPairs>(fromUnicode);
+}
+
+std::unique_ptr<kernel::UnitsToBytes> unitsToBytesOf(const HashConvert& fromUnicode) {
+  return encodingIndexOf<kernel::UnitsToBytes>(fromUnicode);
 }
 
 }  // namespace quorvel

@@ -1,11 +1,9 @@
-// The loops over tables as they are, a probe for each character. What a
-// published table is read with instead is in IndexLoops.cpp.
-
 #include "quorvel/support/TableLoops.h"
 
 #include <algorithm>
 
 #include "quorvel/base/Utf16Unit.h"
+#include "quorvel/support/TableIndex.h"
 
 namespace quorvel {
 

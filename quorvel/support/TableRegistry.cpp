@@ -6,6 +6,7 @@
 #include "quorvel/base/StringBuffer.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/TableIndex.h"
 
 namespace quorvel::tableRegistry {
 
@@ -65,11 +66,11 @@ std::unique_ptr<FromUnicodeTable> buildFromUnicode(int codePage, const CodePage&
                            isSingleByte ? singleByteBuckets : owner.table.buckets, true, log);
   if (!table->hash) return nullptr;
   if (isSingleByte) {
-    table->bytes = ByteIndex::of(*table->hash);
+    table->bytes = unitsToBytesOf(*table->hash);
   } else {
-    table->codes = CodeIndex::of(*table->hash);
+    table->pairs = unitsToPairsOf(*table->hash);
   }
-  if (!table->bytes && !table->codes) return nullptr;
+  if (!table->bytes && !table->pairs) return nullptr;
   return table;
 }
 
@@ -80,6 +81,8 @@ std::unique_ptr<ToUnicodeTable> buildLookup(int codePage, const CodePage& owner,
   const auto transient = buildTable(codePage, owner.table, transientBuckets, false, log);
   if (!table->lookup || !transient) return nullptr;
   EncodingConvert::buildSingleByteLookup(*transient, *table->lookup, log);
+  table->bytes = bytesToUnitsOf(*table->lookup);
+  if (!table->bytes) return nullptr;
   return table;
 }
 
@@ -100,7 +103,7 @@ std::unique_ptr<ToUnicodeTable> buildToUnicode(int codePage, const CodePage& own
   table->hash = owner.table.changes
                     ? reverseOf(codePage, owner, log)
                     : buildTable(codePage, owner.table, owner.table.buckets, false, log);
-  if (table->hash) table->pairs = PairIndex::of(*table->hash);
+  if (table->hash) table->pairs = pairsToUnitsOf(*table->hash);
   if (!table->pairs) return nullptr;
   return table;
 }

@@ -5,23 +5,25 @@
 #include "quorvel/base/HashConvert.h"
 #include "quorvel/base/LogBase.h"
 #include "quorvel/base/UnicodeLookup.h"
-#include "quorvel/support/TableIndex.h"
+#include "quorvel/base/kernel/Table.h"
 
 namespace quorvel {
 
 /// What one code page is decoded with: a single-byte page has a lookup, a
-/// multibyte page a table and its index.
+/// multibyte page a table, and each has it laid flat for the loops.
 struct ToUnicodeTable {
   std::unique_ptr<UnicodeLookup> lookup;
+  std::unique_ptr<kernel::BytesToUnits> bytes;
   std::unique_ptr<HashConvert> hash;
-  std::unique_ptr<PairIndex> pairs;
+  std::unique_ptr<kernel::PairsToUnits> pairs;
 };
 
-/// What one code page is encoded with: a table and the index of its kind.
+/// What one code page is encoded with: a table, laid
+/// flat in one of two ways.
 struct FromUnicodeTable {
   std::unique_ptr<HashConvert> hash;
-  std::unique_ptr<ByteIndex> bytes;
-  std::unique_ptr<CodeIndex> codes;
+  std::unique_ptr<kernel::UnitsToBytes> bytes;
+  std::unique_ptr<kernel::UnitsToPairs> pairs;
 };
 
 /// The process-wide tables. Each is built on first use, by whoever comes first,

@@ -2,7 +2,7 @@
 
 #include <immintrin.h>
 
-#include "quorvel/base/kernel/Utf.h"
+#include <cstddef>
 
 /// What the AVX2 kernels share. Only their files include this, and they include
 /// no inline function that others use: a copy of it made with AVX2 might be the
@@ -43,6 +43,40 @@ struct Shuffles {
 
 /// In a shuffle: put a zero here.
 inline constexpr unsigned char nothing = 0x80;
+
+/// Moves those of eight 16-bit units whose bits are set to the front.
+constexpr Shuffles makeKeepers() {
+  Shuffles keepers{};
+  for (unsigned int mask = 0; mask < 256; ++mask) {
+    unsigned int at = 0;
+    for (unsigned int unit = 0; unit < 8; ++unit) {
+      if ((mask >> unit & 1) == 0) continue;
+      keepers.rows[mask][at++] = static_cast<unsigned char>(2 * unit);
+      keepers.rows[mask][at++] = static_cast<unsigned char>(2 * unit + 1);
+    }
+    while (at < 16) keepers.rows[mask][at++] = nothing;
+  }
+  return keepers;
+}
+
+inline constexpr Shuffles keepers = makeKeepers();
+
+/// Of eight 16-bit units those whose bits are set keep only their first byte.
+constexpr Shuffles makeOneOrTwo() {
+  Shuffles shuffles{};
+  for (unsigned int isOne = 0; isOne < 256; ++isOne) {
+    unsigned int at = 0;
+    for (unsigned int unit = 0; unit < 8; ++unit) {
+      shuffles.rows[isOne][at++] = static_cast<unsigned char>(2 * unit);
+      if ((isOne >> unit & 1) != 0) continue;
+      shuffles.rows[isOne][at++] = static_cast<unsigned char>(2 * unit + 1);
+    }
+    while (at < 16) shuffles.rows[isOne][at++] = nothing;
+  }
+  return shuffles;
+}
+
+inline constexpr Shuffles oneOrTwo = makeOneOrTwo();
 
 inline __m128i lowHalf(__m256i bytes) { return _mm256_castsi256_si128(bytes); }
 inline __m128i highHalf(__m256i bytes) { return _mm256_extracti128_si256(bytes, 1); }

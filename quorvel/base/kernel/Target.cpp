@@ -50,4 +50,11 @@ const Utf& utfOf([[maybe_unused]] Target target) {
   return scalarUtf;
 }
 
+const Table& tableOf([[maybe_unused]] Target target) {
+#ifdef QUORVEL_WITH_AVX2
+  if (target == Target::avx2) return avx2::table;
+#endif
+  return scalar::table;
+}
+
 }  // namespace quorvel::kernel

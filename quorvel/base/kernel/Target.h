@@ -1,5 +1,6 @@
 #pragma once
 
+#include "quorvel/base/kernel/Table.h"
 #include "quorvel/base/kernel/Utf.h"
 
 namespace quorvel::kernel {
@@ -23,6 +24,8 @@ void setTarget(Target target);
 
 /// The loops of one target, and of the current one.
 const Utf& utfOf(Target target);
+const Table& tableOf(Target target);
 inline const Utf& utf() { return utfOf(currentTarget()); }
+inline const Table& table() { return tableOf(currentTarget()); }
 
 }  // namespace quorvel::kernel

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "quorvel/base/kernel/Avx2.h"
+#include "quorvel/base/kernel/Utf.h"
 
 namespace quorvel::kernel::avx2 {
 
@@ -49,39 +50,15 @@ inline unsigned char* storeShuffled(__m128i bytes, __m128i shuffle, int length,
   return out + length;
 }
 
-// ASCII alone, without U+0000.
+// ASCII alone.
 
-constexpr std::ptrdiff_t asciiLength = 2 * blockLength;
-
-// Writes the ASCII of 32 units, or nothing if something else is among them.
-inline bool narrowBlock(const unsigned char* in, unsigned char* out) {
-  const __m256i first = load(in);
-  const __m256i second = load(in + blockLength);
-  if (!haveNone(_mm256_or_si256(first, second), 0xFF80)) return false;
+inline unsigned char* narrowBlocks(__m256i first, __m256i second, unsigned char* out) {
   const __m256i lanes = _mm256_packus_epi16(first, second);
-  if (highBits(_mm256_cmpeq_epi8(lanes, _mm256_setzero_si256())) != 0) return false;
   store(_mm256_permute4x64_epi64(lanes, _MM_SHUFFLE(3, 1, 2, 0)), out);
-  return true;
+  return out + blockLength;
 }
 
 // Units below U+0800.
-
-// Of eight units of two bytes each: only the first byte where the bit is set.
-constexpr Shuffles makeOneOrTwo() {
-  Shuffles shuffles{};
-  for (unsigned int isOne = 0; isOne < 256; ++isOne) {
-    unsigned int at = 0;
-    for (unsigned int unit = 0; unit < 8; ++unit) {
-      shuffles.rows[isOne][at++] = static_cast<unsigned char>(2 * unit);
-      if ((isOne >> unit & 1) != 0) continue;
-      shuffles.rows[isOne][at++] = static_cast<unsigned char>(2 * unit + 1);
-    }
-    while (at < 16) shuffles.rows[isOne][at++] = nothing;
-  }
-  return shuffles;
-}
-
-constexpr Shuffles oneOrTwo = makeOneOrTwo();
 
 inline unsigned char* storeOneOrTwo(__m128i bytes, unsigned int isOne, unsigned char* out) {
   return storeShuffled(bytes, oneOrTwo[isOne], 16 - _mm_popcnt_u32(isOne), out);
@@ -181,41 +158,80 @@ inline Progress encodeWithPairs(const unsigned char* in, unsigned char* out) {
                           : Progress{in + blockLength, out};
 }
 
+// U+FDEF and surrogates; without pairs both are left to the caller.
+inline __m256i areSpecial(__m256i units) {
+  return _mm256_or_si256(areEqual(units, undecidedUnit), areEqual(masked(units, 0xF800), 0xD800));
+}
+
+inline bool haveNul(__m256i units) { return highBits(areEqual(units, 0)) != 0; }
+
+// Text that mixes lengths changes from block to block, and a branch that goes
+// another way than the processor guessed costs more than a block. So one form is
+// chosen for four blocks: the shortest that serves them all.
+constexpr std::ptrdiff_t stretchLength = 4 * blockLength;
+
+// Writes four blocks, or nothing if something special is among them.
+inline unsigned char* encodeStretch(const unsigned char* in, unsigned char* out) {
+  const __m256i a = load(in);
+  const __m256i b = load(in + blockLength);
+  const __m256i c = load(in + 2 * blockLength);
+  const __m256i d = load(in + 3 * blockLength);
+  if (haveNul(_mm256_min_epu16(_mm256_min_epu16(a, b), _mm256_min_epu16(c, d)))) return nullptr;
+  const __m256i any = _mm256_or_si256(_mm256_or_si256(a, b), _mm256_or_si256(c, d));
+  if (haveNone(any, 0xFF80)) return narrowBlocks(c, d, narrowBlocks(a, b, out));
+  if (haveNone(any, 0xF800)) {
+    out = encodeBelow0x800(b, encodeBelow0x800(a, out));
+    return encodeBelow0x800(d, encodeBelow0x800(c, out));
+  }
+  const __m256i special = _mm256_or_si256(_mm256_or_si256(areSpecial(a), areSpecial(b)),
+                                          _mm256_or_si256(areSpecial(c), areSpecial(d)));
+  if (highBits(special) != 0) return nullptr;
+  return encodeBasic(d, encodeBasic(c, encodeBasic(b, encodeBasic(a, out))));
+}
+
 // The block at `in`, or what can be had of it.
 template <bool joinsPairs>
 inline Progress encodeBlock(const unsigned char* in, unsigned char* out) {
   const __m256i units = load(in);
-  const __m256i isNul = areEqual(units, 0);
-  if (haveNone(units, 0xF800)) {
-    if (highBits(isNul) != 0) return {in, out};
-    return {in + blockLength, encodeBelow0x800(units, out)};
-  }
-  const __m256i isSurrogate = areEqual(masked(units, 0xF800), 0xD800);
-  const __m256i isSpecial = _mm256_or_si256(isNul, areEqual(units, undecidedUnit));
-  if (highBits(_mm256_or_si256(isSpecial, isSurrogate)) == 0) {
-    return {in + blockLength, encodeBasic(units, out)};
-  }
-  if (!joinsPairs || highBits(isSpecial) != 0) return {in, out};
+  if (haveNul(units)) return {in, out};
+  if (haveNone(units, 0xF800)) return {in + blockLength, encodeBelow0x800(units, out)};
+  if (highBits(areSpecial(units)) == 0) return {in + blockLength, encodeBasic(units, out)};
+  if (!joinsPairs || highBits(areEqual(units, undecidedUnit)) != 0) return {in, out};
   return encodeWithPairs(in, out);
+}
+
+// Blocks up to `stop`, behind which there is room to spare.
+template <bool joinsPairs>
+inline Progress encodeBlocks(const unsigned char* in, const unsigned char* stop, unsigned char* out,
+                             Loop* byUnit) {
+  while (stop - in >= blockLength) {
+    Progress at = encodeBlock<joinsPairs>(in, out);
+    if (at.in == in) at = byUnit(in, in + blockLength, out);
+    if (at.in == in) break;
+    in = at.in;
+    out = at.out;
+  }
+  return {in, out};
 }
 
 template <bool joinsPairs>
 inline Progress encode(const unsigned char* in, const unsigned char* end, unsigned char* out,
                        Loop* byUnit) {
   if (end - in < leastBytes) return byUnit(in, end, out);
-  while (end - in >= blockLength + spareLength) {
-    if (end - in >= asciiLength && narrowBlock(in, out)) {
-      in += asciiLength;
-      out += asciiLength / 2;
+  const unsigned char* const last = end - spareLength;
+  while (last - in >= stretchLength) {
+    if (unsigned char* const written = encodeStretch(in, out)) {
+      in += stretchLength;
+      out = written;
       continue;
     }
-    Progress at = encodeBlock<joinsPairs>(in, out);
-    if (at.in == in) at = byUnit(in, in + blockLength, out);
+    const Progress at = encodeBlocks<joinsPairs>(in, in + stretchLength, out, byUnit);
     if (at.in == in) return at;
     in = at.in;
     out = at.out;
   }
-  return byUnit(in, end, out);
+  const Progress at = encodeBlocks<joinsPairs>(in, last, out, byUnit);
+  return byUnit(at.in, end, at.out);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <cstddef>
 
 #include "quorvel/base/kernel/Avx2.h"
+#include "quorvel/base/kernel/Utf.h"
 
 namespace quorvel::kernel::avx2 {
 
@@ -20,23 +21,6 @@ constexpr std::ptrdiff_t halfLength = blockLength / 2;
 
 // The most bytes in front of a position that its unit is made of.
 constexpr std::ptrdiff_t bytesBehind = 3;
-
-// Moves the 16-bit units whose bits are set to the front.
-constexpr Shuffles makeKeepers() {
-  Shuffles keepers{};
-  for (unsigned int mask = 0; mask < 256; ++mask) {
-    unsigned int at = 0;
-    for (unsigned int unit = 0; unit < 8; ++unit) {
-      if ((mask >> unit & 1) == 0) continue;
-      keepers.rows[mask][at++] = static_cast<unsigned char>(2 * unit);
-      keepers.rows[mask][at++] = static_cast<unsigned char>(2 * unit + 1);
-    }
-    while (at < 16) keepers.rows[mask][at++] = nothing;
-  }
-  return keepers;
-}
-
-constexpr Shuffles keepers = makeKeepers();
 
 // For each of 32 positions the bytes of its unit; `kept` has a bit for each
 // where a unit ends, `faults` a highest bit where the text is ill-formed.

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "quorvel/base/kernel/Target.h"
+#include "tests/helpers/Bytes.h"
+#include "tests/helpers/Memory.h"
+#include "tests/reference/TranscodeReference.h"
+
+/// Runs the kernels of one target between pages that may not be touched and
+/// compares them with a step by step.
+namespace quorvel::test_kernels {
+
+using kernel::Loop;
+using kernel::Target;
+using reference::Transcoded;
+
+enum class Edge { front, back };
+inline constexpr Edge edges[] = {Edge::front, Edge::back};
+
+/// Readable and writable bytes between two pages that are neither: what goes a
+/// byte past either edge ends the test run, however it is done.
+class FencedBytes {
+ public:
+  explicit FencedBytes(std::size_t most)
+      : m_size((most + page - 1) / page * page), m_mapping(m_size + 2 * page) {
+    if (mprotect(m_mapping.data() + page, m_size, PROT_READ | PROT_WRITE) != 0) {
+      throw std::runtime_error("mprotect");
+    }
+  }
+
+  unsigned char* at(Edge edge, std::size_t size) const {
+    if (size > m_size) throw std::length_error("FencedBytes");
+    return m_mapping.data() + page + (edge == Edge::front ? 0 : m_size - size);
+  }
+
+ private:
+  static constexpr std::size_t page = 65536;  // or a part of that
+
+  std::size_t m_size;
+  test_memory::Mapping m_mapping;
+};
+
+/// One direction: its loop on each target, the room that it is promised, and what
+/// it must do.
+struct Direction {
+  const char* name;
+  Loop* kernel::Utf::*loop;
+  std::size_t roomPerTwoBytes;
+  Transcoded (*expected)(std::string_view);
+  std::size_t unit;  // the bytes that a text grows and shrinks by
+};
+
+class KernelTest : public testing::TestWithParam<Target> {
+ protected:
+  void SetUp() override {
+    if (!kernel::canRun(GetParam())) GTEST_SKIP() << "not on this machine";
+  }
+
+  /// Whether the loop does what it must with the bytes at either edge of what
+  /// it may touch.
+  testing::AssertionResult agrees(const Direction& direction, std::string_view text) const {
+    const Transcoded expected = direction.expected(text);
+    for (const Edge edge : edges) {
+      const Transcoded got = run(direction, text, edge);
+      if (got == expected) continue;
+      return testing::AssertionFailure()
+             << direction.name << " of " << test_bytes::hex(text) << "\nstopped at " << got.consumed
+             << ", not " << expected.consumed << "\nwrote " << test_bytes::hex(got.bytes)
+             << "\nnot   " << test_bytes::hex(expected.bytes);
+    }
+    return testing::AssertionSuccess();
+  }
+
+  /// As `agrees`, and again with what stands behind each place where it stops.
+  testing::AssertionResult agreesThroughout(const Direction& direction,
+                                            std::string_view text) const {
+    while (true) {
+      testing::AssertionResult result = agrees(direction, text);
+      const std::size_t consumed = direction.expected(text).consumed;
+      if (!result || consumed == text.size()) return result;
+      text.remove_prefix(consumed + direction.unit);
+    }
+  }
+
+ private:
+  Transcoded run(const Direction& direction, std::string_view text, Edge edge) const {
+    unsigned char* in = m_in.at(edge, text.size());
+    text.copy(reinterpret_cast<char*>(in), text.size());
+    unsigned char* out = m_out.at(edge, text.size() * direction.roomPerTwoBytes / 2);
+    const Progress progress =
+        (kernel::utfOf(GetParam()).*direction.loop)(in, in + text.size(), out);
+    return {{reinterpret_cast<char*>(out), static_cast<std::size_t>(progress.out - out)},
+            static_cast<std::size_t>(progress.in - in)};
+  }
+
+  static constexpr std::size_t most = 5U << 20;
+  FencedBytes m_in{most};
+  FencedBytes m_out{4 * most};
+};
+
+inline std::string targetName(const testing::TestParamInfo<Target>& info) {
+  return kernel::nameOf(info.param);
+}
+
+}  // namespace quorvel::test_kernels
