@@ -8,6 +8,7 @@
 
 #include "quorvel/base/NullLog.h"
 #include "quorvel/base/kernel/Target.h"
+#include "quorvel/support/ArabicDigits.h"
 #include "quorvel/support/CodePages.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/TableIndex.h"
@@ -58,7 +59,22 @@ Moved decodedByProbes(const HashConvert& table, std::string_view text, std::size
                  text, room);
 }
 
-Moved encodedByProbes(const HashConvert& table, std::string_view text) {
+// The text as the page of `table` reads it.
+std::string withDigitsFolded(const HashConvert& table, std::string text) {
+  if (!takesAsciiDigits(table.codePage())) return text;
+  for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
+    const unsigned int unit = bytesOf(text)[i] | static_cast<unsigned int>(bytesOf(text)[i + 1])
+                                                     << 8;
+    if (unit >= 0x660 && unit <= 0x669)
+      text.replace(i, 2, {static_cast<char>(unit - 0x660 + '0'), 0});
+    if (unit >= 0x6F0 && unit <= 0x6F9)
+      text.replace(i, 2, {static_cast<char>(unit - 0x6F0 + '0'), 0});
+  }
+  return text;
+}
+
+Moved encodedByProbes(const HashConvert& table, std::string_view asWritten) {
+  const std::string text = withDigitsFolded(table, std::string(asWritten));
   std::string room = roomFor(text);
   const unsigned char* in = bytesOf(text);
   return movedBy(
