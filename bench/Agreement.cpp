@@ -2,34 +2,36 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace quorvel::bench {
 
 namespace {
 
-// Encoded by the peers, so that what we decode does not come from us.
-std::string encoded(const std::string& text, const Encoding& encoding) {
-  for (const std::string& name : wordsOf(encoding.iconvNames)) {
-    const auto contender = makeIconv("UTF-8", name, text.size());
-    if (contender && contender->convert(text)) return std::string(contender->result());
+std::size_t largestOf(const std::vector<std::string>& texts) {
+  std::size_t largest = 0;
+  for (const std::string& text : texts) largest = std::max(largest, text.size());
+  return largest;
+}
+
+bool agree(Contender& ours, Contender& other, const std::vector<std::string>& texts) {
+  return std::all_of(texts.begin(), texts.end(), [&](const std::string& text) {
+    ours.getReady();
+    const bool isConverted = ours.convert(text);
+    other.getReady();
+    return isConverted && other.convert(text) && ours.result() == other.result();
+  });
+}
+
+void enterUs(const std::vector<kernel::Target>& targets, Match& match) {
+  for (const kernel::Target target : targets) {
+    match.entrants.push_back(
+        {Library::quorvel, kernel::nameOf(target),
+         makeQuorvel(match.row.from->codePage, match.row.to->codePage, target, OnError::stop)});
+    if (!agree(*match.entrants.front().contender, *match.entrants.back().contender, match.texts)) {
+      throw std::runtime_error(match.row.name() + ": we fail, or our targets differ");
+    }
   }
-  throw std::runtime_error("text does not fit code page " + std::to_string(encoding.codePage));
-}
-
-// The size that counts is the one in the source encoding, which is known only
-// when some text has been encoded.
-std::string sourceText(const Row& row, std::size_t numBytes) {
-  const std::string trial = makeText(*row.language, numBytes);
-  const std::size_t trialSize = encoded(trial, *row.from).size();
-  const std::size_t size =
-      static_cast<std::size_t>(1.0 * static_cast<double>(numBytes) *
-                               static_cast<double>(trial.size()) / static_cast<double>(trialSize));
-  return encoded(makeText(*row.language, size), *row.from);
-}
-
-bool agrees(const Entrant& entrant, Contender* contender, const std::string& text) {
-  return contender && contender->convert(text) &&
-         contender->result() == entrant.contender->result();
 }
 
 // `make(from, to)` gives a contender for a pair of names, or null.
@@ -39,7 +41,8 @@ void enterAllThatAgree(Library library, const char* fromNames, const char* toNam
   for (const std::string& from : wordsOf(fromNames)) {
     for (const std::string& to : wordsOf(toNames)) {
       std::unique_ptr<Contender> contender = make(from, to);
-      if (!agrees(match.entrants.front(), contender.get(), match.text)) continue;
+      if (!contender) continue;
+      if (!agree(*match.entrants.front().contender, *contender, match.texts)) continue;
       match.entrants.push_back({library, from + " to " + to + suffix, std::move(contender)});
     }
   }
@@ -47,7 +50,7 @@ void enterAllThatAgree(Library library, const char* fromNames, const char* toNam
 
 void enterIconv(Match& match) {
   const auto make = [&](const std::string& from, const std::string& to) {
-    return makeIconv(from, to, match.text.size());
+    return makeIconv(from, to, largestOf(match.texts), OnError::stop);
   };
   enterAllThatAgree(Library::glibc, match.row.from->iconvNames, match.row.to->iconvNames, "", make,
                     match);
@@ -55,7 +58,7 @@ void enterIconv(Match& match) {
 
 void enterIcu(IcuWay way, const char* wayName, Match& match) {
   const auto make = [&](const std::string& from, const std::string& to) {
-    return makeIcu(from, to, way, match.text.size());
+    return makeIcu(from, to, way, largestOf(match.texts), OnError::stop);
   };
   enterAllThatAgree(Library::icu, match.row.from->icuNames, match.row.to->icuNames,
                     std::string(" by ") + wayName, make, match);
@@ -68,16 +71,23 @@ bool Match::has(Library library) const {
                      [&](const Entrant& entrant) { return entrant.library == library; });
 }
 
-Match prepare(const Row& row, std::size_t numBytes) {
-  Match match{row, sourceText(row, numBytes), {}};
-  std::unique_ptr<Contender> ours = makeQuorvel(row.from->codePage, row.to->codePage);
-  if (!ours->convert(match.text)) throw std::runtime_error(row.name() + ": we fail");
-  match.entrants.push_back({Library::quorvel, "EncConvert", std::move(ours)});
+std::size_t Match::numBytes() const {
+  std::size_t sum = 0;
+  for (const std::string& text : texts) sum += text.size();
+  return sum;
+}
+
+Match prepare(const Row& row, std::vector<std::string> texts,
+              const std::vector<kernel::Target>& targets) {
+  Match match{row, std::move(texts), {}};
+  enterUs(targets, match);
   enterIconv(match);
   enterIcu(IcuWay::direct, "ucnv_convertEx", match);
   enterIcu(IcuWay::units, "UChars", match);
   enterIcu(IcuWay::strings, "u_str UTF-8", match);
-  if (match.entrants.size() == 1) throw std::runtime_error(row.name() + ": no peer agrees with us");
+  if (match.entrants.back().library == Library::quorvel) {
+    throw std::runtime_error(row.name() + ": no peer agrees with us");
+  }
   return match;
 }
 

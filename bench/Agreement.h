@@ -15,24 +15,26 @@ enum class Library { quorvel, glibc, icu };
 /// A contender that has proved that it can do its row.
 struct Entrant {
   Library library;
-  std::string way;  ///< names and functions that it is measured with
+  std::string way;  ///< our target, or the names and functions of a peer
   std::unique_ptr<Contender> contender;
 };
 
-/// A row made ready: its text in the source encoding, and those whose results
-/// are the same to the byte. We come first; each peer comes once for every name
-/// and way that serves.
+/// A row made ready: what is to be converted, and those whose results are the
+/// same to the byte. We come first, once for every target; then each peer comes
+/// once for every name and way that serves.
 struct Match {
   Row row;
-  std::string text;
+  std::vector<std::string> texts;
   std::vector<Entrant> entrants;
 
   bool has(Library library) const;
+  std::size_t numBytes() const;
 };
 
-/// Makes about `numBytes` bytes of text and lets every contender convert it.
-/// Throws `std::runtime_error` when we cannot, or when no peer agrees with us:
-/// then there is nothing to be measured.
-Match prepare(const Row& row, std::size_t numBytes);
+/// Lets every contender convert the texts, which are in the source encoding.
+/// Throws `std::runtime_error` when we cannot, when two of our targets differ, or
+/// when no peer agrees with us: then there is nothing to be measured.
+Match prepare(const Row& row, std::vector<std::string> texts,
+              const std::vector<kernel::Target>& targets);
 
 }  // namespace quorvel::bench

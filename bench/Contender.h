@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "quorvel/base/kernel/Target.h"
+
 namespace quorvel::bench {
 
 /// One way to carry out a conversion, with whatever it keeps between two calls:
@@ -12,6 +14,10 @@ namespace quorvel::bench {
 class Contender {
  public:
   virtual ~Contender() = default;
+
+  /// To be called before the first conversion, and when another contender has
+  /// converted since the last.
+  virtual void getReady() {}
 
   /// Converts a whole text, which must be aligned as an allocation is. False
   /// when anything in it could not be converted.
@@ -21,15 +27,25 @@ class Contender {
   virtual std::string_view result() const = 0;
 };
 
+/// What becomes of what cannot be converted.
+enum class OnError {
+  stop,        ///< the conversion has failed
+  skip,        ///< nothing
+  substitute,  ///< a question mark, or U+FFFD where ICU decodes
+  escape,      ///< "&#x", its number or bytes in hexadecimal, ";"
+  convert,     ///< ours alone: the bytes converted to the destination by themselves
+};
+
 /// The most bytes that a text of `numBytes` can become in any encoding here.
 constexpr std::size_t roomFor(std::size_t numBytes) { return 4 * numBytes + 64; }
 
-std::unique_ptr<Contender> makeQuorvel(int from, int to);
+/// With the kernels of one target.
+std::unique_ptr<Contender> makeQuorvel(int from, int to, kernel::Target target, OnError onError);
 
 /// glibc's iconv; null when it does not know a name. `largest` is the size of
 /// the largest text to come.
 std::unique_ptr<Contender> makeIconv(const std::string& from, const std::string& to,
-                                     std::size_t largest);
+                                     std::size_t largest, OnError onError);
 
 /// The ways in which ICU's users convert.
 enum class IcuWay {
@@ -40,6 +56,6 @@ enum class IcuWay {
 
 /// ICU; null when it does not know a name or the way does not fit.
 std::unique_ptr<Contender> makeIcu(const std::string& from, const std::string& to, IcuWay way,
-                                   std::size_t largest);
+                                   std::size_t largest, OnError onError);
 
 }  // namespace quorvel::bench

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <random>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -11,15 +12,40 @@ namespace quorvel::bench {
 namespace {
 
 constexpr Language languages[] = {
-    {"arabic", " "},
-    {"chinese_simplified", ""},
-    {"chinese_traditional", ""},
-    {"emoji", "\r\n"},
-    {"english", " "},
-    {"french", " "},
-    {"japanese", ""},
-    {"korean", " "},
-    {"russian", " "},
+    {"arabic", "arabic", " ", Style::written},
+    {"chinese_simplified", "chinese_simplified", "", Style::written},
+    {"chinese_traditional", "chinese_traditional", "", Style::written},
+    {"emoji", "emoji", "\r\n", Style::written},
+    {"english", "english", " ", Style::written},
+    {"english_direct", "english", " ", Style::direct},
+    {"french", "french", " ", Style::written},
+    {"french_typed", "french", " ", Style::typed},
+    {"french_direct", "french", " ", Style::direct},
+    {"german", "german", " ", Style::written},
+    {"japanese", "japanese", "", Style::written},
+    {"japanese_direct", "japanese", "", Style::direct},
+    {"korean", "korean", " ", Style::written},
+    {"polish", "polish", " ", Style::written},
+    {"russian", "russian", " ", Style::written},
+    {"russian_typed", "russian", " ", Style::typed},
+    {"thai", "thai", " ", Style::written},
+};
+
+struct Replacement {
+  Style style;
+  std::string_view sign;
+  std::string_view instead;
+};
+
+constexpr Replacement replacements[] = {
+    {Style::typed, "\u00ab ", "\""}, {Style::typed, " \u00bb", "\""},
+    {Style::typed, "\u00ab", "\""},  {Style::typed, "\u00bb", "\""},
+    {Style::typed, "\u00c0", "A"},   {Style::typed, "\u0153", "oe"},
+    {Style::typed, "\u2014", "-"},   {Style::typed, "\u2019", "'"},
+    {Style::typed, "\u2026", "..."}, {Style::typed, "\u20ac", "EUR"},
+    {Style::typed, "\u2116", "No."}, {Style::direct, "!", "."},
+    {Style::direct, "\"", "'"},      {Style::direct, "%", " percent"},
+    {Style::direct, ";", ","},       {Style::direct, "@", " at "},
 };
 
 constexpr const char* words[] = {"USB",    "Linux",  "PDF",   "Wi-Fi",  "Windows", "GPS",
@@ -40,7 +66,7 @@ class Dice {
 };
 
 std::vector<std::string> readSentences(const Language& language) {
-  const std::string path = std::string(QUORVEL_CORPORA) + "/" + language.name + ".txt";
+  const std::string path = std::string(QUORVEL_CORPORA) + "/" + language.file + ".txt";
   std::ifstream file(path);
   std::vector<std::string> sentences;
   for (std::string line; std::getline(file, line);) sentences.push_back(line);
@@ -76,6 +102,17 @@ void appendSentence(const std::string& sentence, Dice& dice, std::string& text) 
   }
 }
 
+std::string writtenIn(Style style, std::string text) {
+  for (const auto& [ofStyle, sign, instead] : replacements) {
+    if (ofStyle != style) continue;
+    for (std::size_t at = 0; (at = text.find(sign, at)) != std::string::npos;
+         at += instead.size()) {
+      text.replace(at, sign.size(), instead);
+    }
+  }
+  return text;
+}
+
 void shuffle(std::vector<std::string>& sentences, Dice& dice) {
   for (std::size_t i = sentences.size(); i > 1; --i) {
     std::swap(sentences[i - 1], sentences[dice.below(i)]);
@@ -106,7 +143,7 @@ std::string makeText(const Language& language, std::size_t numBytes) {
       text += left > 1 ? language.joint : "\r\n";
     }
   } while (text.size() < numBytes);
-  return text;
+  return writtenIn(language.style, std::move(text));
 }
 
 }  // namespace quorvel::bench

@@ -5,10 +5,19 @@
 
 namespace quorvel::bench {
 
+/// How text is written down.
+enum class Style {
+  written,  ///< as in its file
+  typed,    ///< as on a typewriter, for pages without typographers' signs
+  direct,   ///< with no ASCII but what every writer of UTF-7 leaves as it is
+};
+
 /// A language that there is text of.
 struct Language {
-  const char* name;   ///< of its file in corpora/, without ".txt"
+  const char* name;
+  const char* file;   ///< in corpora/, without ".txt"
   const char* joint;  ///< between two sentences of a paragraph
+  Style style;
 };
 
 /// The language of that name; throws `std::runtime_error` for any other.

@@ -1,4 +1,5 @@
 #include <unicode/ucnv.h>
+#include <unicode/ucnv_err.h>
 #include <unicode/ustring.h>
 
 #include <vector>
@@ -17,14 +18,39 @@ using Converter = std::unique_ptr<UConverter, CloseConverter>;
 bool isUtf16(const std::string& name) { return name == "UTF-16LE"; }
 bool isUtf8(const std::string& name) { return name == "UTF-8"; }
 
-// Text that cannot be converted is an error, as it is for the others.
-Converter open(const std::string& name) {
+struct Callbacks {
+  UConverterToUCallback decoding;
+  UConverterFromUCallback encoding;
+  const char* context;
+};
+
+Callbacks callbacksFor(OnError onError) {
+  switch (onError) {
+    case OnError::skip:
+      return {UCNV_TO_U_CALLBACK_SKIP, UCNV_FROM_U_CALLBACK_SKIP, nullptr};
+    case OnError::substitute:
+      return {UCNV_TO_U_CALLBACK_SUBSTITUTE, UCNV_FROM_U_CALLBACK_SUBSTITUTE, nullptr};
+    case OnError::escape:
+      return {UCNV_TO_U_CALLBACK_ESCAPE, UCNV_FROM_U_CALLBACK_ESCAPE, UCNV_ESCAPE_XML_HEX};
+    case OnError::stop:
+    case OnError::convert:
+      break;
+  }
+  return {UCNV_TO_U_CALLBACK_STOP, UCNV_FROM_U_CALLBACK_STOP, nullptr};
+}
+
+Converter open(const std::string& name, OnError onError) {
   UErrorCode status = U_ZERO_ERROR;
   Converter converter(ucnv_open(name.c_str(), &status));
   if (U_FAILURE(status)) return nullptr;
-  ucnv_setToUCallBack(converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
-  ucnv_setFromUCallBack(converter.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
+  const Callbacks callbacks = callbacksFor(onError);
+  ucnv_setToUCallBack(converter.get(), callbacks.decoding, callbacks.context, nullptr, nullptr,
+                      &status);
+  ucnv_setFromUCallBack(converter.get(), callbacks.encoding, callbacks.context, nullptr, nullptr,
                         &status);
+  if (onError == OnError::substitute && !isUtf8(name) && !isUtf16(name)) {
+    ucnv_setSubstChars(converter.get(), "?", 1, &status);
+  }
   ucnv_setFallback(converter.get(), false);
   return U_SUCCESS(status) ? std::move(converter) : nullptr;
 }
@@ -123,14 +149,15 @@ class UnitsContender : public Contender {
 }  // namespace
 
 std::unique_ptr<Contender> makeIcu(const std::string& from, const std::string& to, IcuWay way,
-                                   std::size_t largest) {
-  Converter source = open(from);
-  Converter target = open(to);
+                                   std::size_t largest, OnError onError) {
+  Converter source = open(from, onError);
+  Converter target = open(to, onError);
   if (!source || !target) return nullptr;
   if (way == IcuWay::direct) {
     return std::make_unique<DirectContender>(std::move(source), std::move(target), largest);
   }
   if (way == IcuWay::strings) {
+    if (onError != OnError::stop) return nullptr;
     if (!isUtf8(from) && !isUtf8(to)) return nullptr;
     if (isUtf8(from)) source.reset();
     if (isUtf8(to)) target.reset();

@@ -1,105 +1,93 @@
 #include "Measure.h"
 
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
-#include <stdexcept>
+#include <limits>
+
+#include "Timing.h"
 
 namespace quorvel::bench {
 
 namespace {
 
-// Keeps the processor time of one call, for each benchmark in the order in which
-// they ran.
-class TimeCollector : public benchmark::BenchmarkReporter {
- public:
-  bool ReportContext(const Context&) override { return true; }
+constexpr int repetitionsToChoose = 3;
 
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.error_occurred) throw std::runtime_error(run.error_message);
-      m_seconds.push_back(run.cpu_accumulated_time / static_cast<double>(run.iterations));
-    }
-  }
+using Entrants = std::vector<const Entrant*>;
 
-  std::vector<double> take() { return std::exchange(m_seconds, {}); }
-
- private:
-  std::vector<double> m_seconds;
-};
-
-void convertAgainAndAgain(benchmark::State& state, Contender& contender, const std::string& text) {
-  for (auto _ : state) {
-    if (!contender.convert(text)) {
-      state.SkipWithError("a conversion failed");
-      break;
-    }
-    benchmark::DoNotOptimize(contender.result().data());
-  }
+bool convertAll(Contender& contender, const std::vector<std::string>& texts) {
+  return std::all_of(texts.begin(), texts.end(),
+                     [&](const std::string& text) { return contender.convert(text); });
 }
 
-double medianOf(std::vector<double> values) {
-  const std::size_t middle = values.size() / 2;
-  std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(middle),
-                   values.end());
-  return values[middle];
+Times timesOf(const Entrants& entrants, const std::vector<std::string>& texts, int repetitions) {
+  std::vector<Job> jobs;
+  for (const Entrant* entrant : entrants) {
+    Contender& contender = *entrant->contender;
+    jobs.push_back({[&contender] { contender.getReady(); },
+                    [&contender, &texts] { return convertAll(contender, texts); }});
+  }
+  return timeInTurn(jobs, repetitions);
 }
 
-// The seconds per call: an inner vector for each repetition, in it a value for
-// each entrant.
-std::vector<std::vector<double>> timesOf(const Match& match, int repetitions) {
-  for (const Entrant& entrant : match.entrants) {
-    benchmark::RegisterBenchmark(entrant.way.c_str(), [&match, &entrant](benchmark::State& state) {
-      convertAgainAndAgain(state, *entrant.contender, match.text);
-    });
-  }
-  TimeCollector collector;
-  std::vector<std::vector<double>> times;
-  for (int i = 0; i < repetitions; ++i) {
-    benchmark::RunSpecifiedBenchmarks(&collector, ".");
-    times.push_back(collector.take());
-  }
-  benchmark::ClearRegisteredBenchmarks();
-  return times;
+std::size_t numberOf(Library library, const Entrants& entrants) {
+  return static_cast<std::size_t>(
+      std::count_if(entrants.begin(), entrants.end(),
+                    [&](const Entrant* entrant) { return entrant->library == library; }));
 }
 
-Figure figureOf(const Match& match, const std::vector<std::vector<double>>& times,
-                std::size_t entrant) {
-  std::vector<double> speeds;
-  std::vector<double> ratios;
-  for (const std::vector<double>& repetition : times) {
-    speeds.push_back(static_cast<double>(match.text.size()) / repetition.at(entrant));
-    ratios.push_back(repetition.at(entrant) / repetition.at(0));
+bool haveChoice(const Entrants& entrants) {
+  return numberOf(Library::glibc, entrants) > 1 || numberOf(Library::icu, entrants) > 1;
+}
+
+// All of ours, and of each peer the fastest.
+Entrants finalists(const Match& match) {
+  Entrants all;
+  for (const Entrant& entrant : match.entrants) all.push_back(&entrant);
+  if (!haveChoice(all)) return all;
+  const Times times = timesOf(all, match.texts, repetitionsToChoose);
+  Entrants chosen;
+  double fastest = 0;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const double seconds = secondsOf(times, i);
+    const bool isOurs = all[i]->library == Library::quorvel;
+    const bool isFirst = isOurs || chosen.back()->library != all[i]->library;
+    if (!isFirst && seconds >= fastest) continue;
+    if (!isFirst) chosen.pop_back();
+    chosen.push_back(all[i]);
+    fastest = seconds;
   }
-  return {match.entrants[entrant].way, medianOf(speeds), medianOf(ratios)};
+  return chosen;
 }
 
 }  // namespace
 
-double Result::ratioToFaster() const {
-  if (glibc.way.empty()) return icu.ourRatio;
-  if (icu.way.empty()) return glibc.ourRatio;
-  return std::min(glibc.ourRatio, icu.ourRatio);
-}
-
-void setUpMeasuring(const char* program, double secondsPerMeasurement) {
-  std::string name = program;
-  std::string minTime = "--benchmark_min_time=" + std::to_string(secondsPerMeasurement);
-  char* arguments[] = {name.data(), minTime.data(), nullptr};
-  int count = 2;
-  benchmark::Initialize(&count, arguments);
-}
+double OurFigure::overFaster() const { return std::min(overGlibc, overIcu); }
 
 Result measure(const Match& match, int repetitions) {
-  const std::vector<std::vector<double>> times = timesOf(match, repetitions);
-  Result result{match.row, match.text.size(), {}, {}, {}};
-  for (std::size_t i = 0; i < match.entrants.size(); ++i) {
-    const Figure figure = figureOf(match, times, i);
-    const Library library = match.entrants[i].library;
-    Figure& best = library == Library::quorvel ? result.ours
-                   : library == Library::glibc ? result.glibc
-                                               : result.icu;
-    if (figure.speed > best.speed) best = figure;
+  const Entrants entrants = finalists(match);
+  const Times times = timesOf(entrants, match.texts, repetitions);
+  const auto speed = [&](std::size_t i) {
+    return static_cast<double>(match.numBytes()) / secondsOf(times, i);
+  };
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  Result result{match.row, match.numBytes(), {}, {}, {}};
+  for (std::size_t i = 0; i < entrants.size(); ++i) {
+    switch (entrants[i]->library) {
+      case Library::quorvel:
+        result.ours.push_back({entrants[i]->way, speed(i), infinity, infinity});
+        break;
+      case Library::glibc:
+        result.glibc = {entrants[i]->way, speed(i)};
+        for (std::size_t k = 0; k < result.ours.size(); ++k) {
+          result.ours[k].overGlibc = ratioOf(times, i, k);
+        }
+        break;
+      case Library::icu:
+        result.icu = {entrants[i]->way, speed(i)};
+        for (std::size_t k = 0; k < result.ours.size(); ++k) {
+          result.ours[k].overIcu = ratioOf(times, i, k);
+        }
+        break;
+    }
   }
   return result;
 }

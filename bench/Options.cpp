@@ -8,14 +8,41 @@ namespace quorvel::bench {
 namespace {
 
 constexpr const char* usage =
-    "usage: quorvel_bench [--rows=REGEX] [--bytes=N] [--repetitions=N] [--seconds=S]\n"
-    "                     [--at-least=RATIO] [--target=NAME] [--markdown=FILE] [--csv=FILE]\n"
+    "usage: quorvel_bench [--quick] [--tables=REGEX] [--rows=REGEX] [--bytes=N]\n"
+    "                     [--repetitions=N] [--seconds=S] [--at-least=RATIO]\n"
+    "                     [--target=NAME] [--out=DIRECTORY]\n"
     "A row is named like \"932 to 65001, japanese\". With --at-least the exit status is 1\n"
-    "when a row is not that many times as fast as glibc's iconv. --target says which of\n"
-    "our kernels are measured: scalar, avx2.";
+    "when a row is not that many times as fast as the faster of its peers. --target\n"
+    "says which of our kernels are measured, instead of all that the machine can run.\n"
+    "--quick takes every row of the table speed, in less than a minute, and --at-least=1.";
+
+std::vector<kernel::Target> runnableTargets() {
+  std::vector<kernel::Target> targets;
+  for (const kernel::Target target : kernel::allTargets) {
+    if (kernel::canRun(target)) targets.push_back(target);
+  }
+  return targets;
+}
+
+kernel::Target targetNamed(const std::string& name) {
+  for (const kernel::Target target : runnableTargets()) {
+    if (name == kernel::nameOf(target)) return target;
+  }
+  throw std::invalid_argument("no such kernels here");
+}
+
+void beQuick(Options& options) {
+  options.tables = "speed";
+  options.bytes = 256u << 10;
+  options.repetitions = 3;
+  options.seconds = 0.004;
+  options.atLeast = 1;
+}
 
 void setOption(std::string_view name, const std::string& value, Options& options) {
-  if (name == "--rows") {
+  if (name == "--tables") {
+    options.tables = value;
+  } else if (name == "--rows") {
     options.rows = value;
   } else if (name == "--bytes") {
     options.bytes = std::stoul(value);
@@ -26,11 +53,11 @@ void setOption(std::string_view name, const std::string& value, Options& options
   } else if (name == "--at-least") {
     options.atLeast = std::stod(value);
   } else if (name == "--target") {
-    options.target = value;
-  } else if (name == "--markdown") {
-    options.markdown = value;
-  } else if (name == "--csv") {
-    options.csv = value;
+    options.targets = {targetNamed(value)};
+  } else if (name == "--first-use") {
+    options.firstUse = value;
+  } else if (name == "--out") {
+    options.directory = value;
   } else {
     throw std::invalid_argument("unknown option");
   }
@@ -40,8 +67,13 @@ void setOption(std::string_view name, const std::string& value, Options& options
 
 Options parseOptions(int argc, char** argv) {
   Options options;
+  options.targets = runnableTargets();
   for (int i = 1; i < argc; ++i) {
     const std::string argument = argv[i];
+    if (argument == "--quick") {
+      beQuick(options);
+      continue;
+    }
     const std::size_t equals = argument.find('=');
     try {
       if (equals == std::string::npos) throw std::invalid_argument("no value");

@@ -2,18 +2,22 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
+
+#include "quorvel/base/kernel/Target.h"
 
 namespace quorvel::bench {
 
 struct Options {
+  std::string tables = ".";      ///< regular expression for the names of the tables
   std::string rows = ".";        ///< regular expression for the names of the rows
   std::size_t bytes = 2u << 20;  ///< of text in each row
   int repetitions = 11;
-  double seconds = 0.02;  ///< of each measurement, at least
-  double atLeast = 0;     ///< the ratio to glibc that every row must reach
-  std::string target;     ///< of the kernels, the machine's best when empty
-  std::string markdown;   ///< file to write, none when empty
-  std::string csv;        ///< file to write, none when empty
+  double seconds = 0.01;                ///< of each measurement, at least
+  double atLeast = 0;                   ///< the ratio to the faster peer that every row must reach
+  std::vector<kernel::Target> targets;  ///< of our kernels, the plainest first
+  std::string firstUse;                 ///< what to print instead of tables, see `printFirstUse`
+  std::string directory;                ///< where to write the tables, nowhere when empty
 };
 
 /// Throws `std::runtime_error`, with the usage as its text, for what it does not

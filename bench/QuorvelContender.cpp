@@ -1,4 +1,5 @@
 #include "Contender.h"
+#include "Rows.h"
 #include "quorvel/base/NullLog.h"
 #include "quorvel/support/EncodingConvert.h"
 
@@ -6,15 +7,38 @@ namespace quorvel::bench {
 
 namespace {
 
+int actionFor(OnError onError) {
+  switch (onError) {
+    case OnError::stop:
+    case OnError::skip:
+      return 0;
+    case OnError::substitute:
+      return 1;
+    case OnError::escape:
+      return 2;
+    case OnError::convert:
+      return 6;
+  }
+  return 0;
+}
+
 class QuorvelContender : public Contender {
  public:
-  QuorvelContender(int from, int to) : m_from(from), m_to(to) {}
+  QuorvelContender(int from, int to, kernel::Target target, OnError onError)
+      : m_from(from), m_to(to), m_target(target) {
+    m_converter.setErrorAction(actionFor(onError));
+    m_converter.setDefBytes(reinterpret_cast<const unsigned char*>("?\0"), to == utf16le ? 2 : 1);
+  }
 
+  void getReady() override { kernel::setTarget(m_target); }
+
+  // The result tells nothing: that of UTF-7 to UTF-16LE is false whatever
+  // happened. What came out is compared with the peers' in any case.
   bool convert(std::string_view text) override {
     m_out.clear();
-    return m_converter.EncConvert(m_from, m_to, reinterpret_cast<const unsigned char*>(text.data()),
-                                  static_cast<unsigned int>(text.size()), m_out, m_log) &&
-           !m_converter.m_hadError;
+    m_converter.EncConvert(m_from, m_to, reinterpret_cast<const unsigned char*>(text.data()),
+                           static_cast<unsigned int>(text.size()), m_out, m_log);
+    return m_out.getSize() > 0;
   }
 
   std::string_view result() const override {
@@ -24,6 +48,7 @@ class QuorvelContender : public Contender {
  private:
   int m_from;
   int m_to;
+  kernel::Target m_target;
   EncodingConvert m_converter;
   DataBuffer m_out;
   NullLog m_log;
@@ -31,8 +56,8 @@ class QuorvelContender : public Contender {
 
 }  // namespace
 
-std::unique_ptr<Contender> makeQuorvel(int from, int to) {
-  return std::make_unique<QuorvelContender>(from, to);
+std::unique_ptr<Contender> makeQuorvel(int from, int to, kernel::Target target, OnError onError) {
+  return std::make_unique<QuorvelContender>(from, to, target, onError);
 }
 
 }  // namespace quorvel::bench

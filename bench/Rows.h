@@ -7,8 +7,14 @@
 
 namespace quorvel::bench {
 
+/// What the encodings of a group of rows have in common.
+enum class Family { utf16, utf32, singleByte, multibyte, legacy, iso2022, utf7 };
+
+const char* titleOf(Family family);
+
 /// An encoding under its number here and its names elsewhere.
 struct Encoding {
+  Family family;
   int codePage;
   const char* languages;   ///< what text is measured in it, separated by spaces
   const char* iconvNames;  ///< what glibc calls it
@@ -17,6 +23,7 @@ struct Encoding {
 
 /// One line of the table: a conversion of text in a language.
 struct Row {
+  Family family;
   const Encoding* from;
   const Encoding* to;
   const Language* language;

@@ -1,81 +1,89 @@
-// Measures our conversions beside those of glibc and ICU: for each row everybody
-// converts the same text, the results are compared, and then everybody is
-// measured in turn.
+// Measures our conversions beside those of glibc and ICU, table by table.
+
+#include <gnu/libc-version.h>
+#include <unicode/uversion.h>
 
 #include <exception>
 #include <fstream>
 #include <iostream>
 #include <regex>
 #include <stdexcept>
-#include <vector>
 
-#include "Agreement.h"
-#include "Measure.h"
 #include "Options.h"
-#include "Report.h"
-#include "Rows.h"
+#include "Tables.h"
+#include "Timing.h"
 #include "quorvel/base/kernel/Target.h"
 
 namespace {
 
 using namespace quorvel::bench;
-namespace kernel = quorvel::kernel;
 
-void chooseTarget(const std::string& name) {
-  if (name.empty()) return;
-  for (const kernel::Target target : kernel::allTargets) {
-    if (name == kernel::nameOf(target) && kernel::canRun(target)) return kernel::setTarget(target);
+struct Table {
+  const char* name;
+  Outcome (*measure)(const Options& options);
+};
+
+constexpr Table tables[] = {
+    {"speed", measureSpeed},
+    {"small", measureSmall},
+    {"errors", measureErrors},
+    {"first-use", measureFirstUses},
+};
+
+std::string processorName() {
+  std::ifstream file("/proc/cpuinfo");
+  for (std::string line; std::getline(file, line);) {
+    if (line.rfind("model name", 0) == 0) return line.substr(line.find(':') + 2);
   }
-  throw std::runtime_error("no kernels are called that here: " + name);
+  return "unknown processor";
 }
 
-std::vector<Result> measureRows(const Options& options) {
-  const std::regex wanted(options.rows);
-  std::vector<Result> results;
-  for (const Row& row : allRows()) {
-    if (!std::regex_search(row.name(), wanted)) continue;
-    const Match match = prepare(row, options.bytes);
-    if (!match.has(Library::glibc)) std::cerr << row.name() << ": glibc does not agree with us\n";
-    if (!match.has(Library::icu)) std::cerr << row.name() << ": ICU does not agree with us\n";
-    results.push_back(measure(match, options.repetitions));
-    std::cerr << asProgress(results.back()) << std::endl;
-  }
-  return results;
+// What the figures depend on.
+std::string describeMachine(const Options& options) {
+  return processorName() + "; " QUORVEL_BUILD_KIND "; glibc " + gnu_get_libc_version() +
+         "; ICU " U_ICU_VERSION "; kernels: " + quorvel::kernel::nameOf(options.targets.back()) +
+         "\n\n";
 }
 
-void write(const std::string& path, const std::string& text) {
-  if (path.empty()) return;
+void write(const Options& options, const std::string& name, const std::string& text) {
+  if (options.directory.empty()) return;
+  const std::string path = options.directory + "/" + name;
   std::ofstream file(path);
   file << text;
   if (!file.flush()) throw std::runtime_error("cannot write " + path);
 }
 
-// Whether every row is fast enough; says which are not.
-bool reachGoal(const std::vector<Result>& results, double goal) {
-  bool all = true;
-  for (const Result& result : results) {
-    if (result.glibc.way.empty() || result.glibc.ourRatio >= goal) continue;
-    std::cerr << "too slow: " << asProgress(result) << "\n";
-    all = false;
-  }
-  return all;
+void publish(const Options& options, const Table& table, const Outcome& outcome) {
+  std::cout << table.name << "\n\n" << outcome.markdown << "\n";
+  write(options, std::string(table.name) + ".md", outcome.markdown);
+  for (const auto& [name, text] : outcome.files) write(options, name, text);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) try {
   const Options options = parseOptions(argc, argv);
-  chooseTarget(options.target);
-  setUpMeasuring(argv[0], options.seconds);
-  const std::vector<Result> results = measureRows(options);
-  if (results.empty()) throw std::runtime_error("no row is called that");
-  const std::string table = describeMachine() +
-                            "; kernels: " + kernel::nameOf(kernel::currentTarget()) + "\n\n" +
-                            asMarkdown(results);
-  std::cout << table;
-  write(options.markdown, table);
-  write(options.csv, asCsv(results));
-  return reachGoal(results, options.atLeast) ? 0 : 1;
+  if (!options.firstUse.empty()) {
+    printFirstUse(options.firstUse);
+    return 0;
+  }
+  setUpTiming(argv[0], options.seconds);
+  const std::string machine = describeMachine(options);
+  std::cout << machine;
+  write(options, "machine.md", machine);
+  const std::regex wanted(options.tables);
+  bool isSomething = false;
+  bool isGood = true;
+  for (const Table& table : tables) {
+    if (!std::regex_search(table.name, wanted)) continue;
+    const Outcome outcome = table.measure(options);
+    if (outcome.markdown.empty()) continue;
+    publish(options, table, outcome);
+    isSomething = true;
+    isGood = isGood && outcome.isGood;
+  }
+  if (!isSomething) throw std::runtime_error("no row is called that");
+  return isGood ? 0 : 1;
 } catch (const std::exception& error) {
   std::cerr << error.what() << "\n";
   return 2;

@@ -1,15 +1,15 @@
 // The library against the reference: the same result, flags, bytes and log
-// lines on whatever is thrown at both. The seeds are fixed.
+// lines on whatever is thrown at both.
 
 #include <gtest/gtest.h>
 
 #include <map>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "quorvel/support/EncodingConvert.h"
+#include "tests/helpers/Seed.h"
 #include "tests/reference/Differential.h"
 #include "tests/support/Tables.h"
 
@@ -49,7 +49,7 @@ const std::vector<int> kAlternates = {0,    0,   0,     0,   65001, 1200,  1201,
 
 class Random {
  public:
-  explicit Random(unsigned int seed) : m_engine(seed) {}
+  explicit Random(unsigned int number) : m_engine(number) {}
 
   unsigned int below(std::size_t n) { return static_cast<unsigned int>(m_engine() % n); }
   bool oneIn(unsigned int n) { return below(n) == 0; }
@@ -61,7 +61,7 @@ class Random {
   }
 
  private:
-  std::mt19937 m_engine;
+  quorvel::test_seed::Random m_engine;
 };
 
 /// The keys of the table of a code page: two-byte codes, or units.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -15,6 +14,7 @@
 #include "quorvel/support/TableLoops.h"
 #include "quorvel/support/TableRegistry.h"
 #include "tests/helpers/Kernels.h"
+#include "tests/helpers/Seed.h"
 #include "tests/support/Tables.h"
 
 namespace quorvel {
@@ -25,8 +25,7 @@ using quorvel_test::tableOf;
 using test_bytes::hex;
 using test_kernels::Edge;
 using test_kernels::FencedBytes;
-
-using Random = std::mt19937;
+using test_seed::Random;
 
 std::size_t below(Random& random, std::size_t limit) { return random() % limit; }
 
@@ -59,27 +58,27 @@ Moved decodedByProbes(const HashConvert& table, std::string_view text, std::size
                  text, room);
 }
 
-// The text as the page of `table` reads it.
-std::string withDigitsFolded(const HashConvert& table, std::string text) {
-  if (!takesAsciiDigits(table.codePage())) return text;
-  for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
-    const unsigned int unit = bytesOf(text)[i] | static_cast<unsigned int>(bytesOf(text)[i + 1])
-                                                     << 8;
-    if (unit >= 0x660 && unit <= 0x669)
-      text.replace(i, 2, {static_cast<char>(unit - 0x660 + '0'), 0});
-    if (unit >= 0x6F0 && unit <= 0x6F9)
-      text.replace(i, 2, {static_cast<char>(unit - 0x6F0 + '0'), 0});
+// A page may write Arabic digits as ASCII ones, whatever its table says.
+std::string withDigitsOf(const HashConvert& table, std::string_view text) {
+  std::string units(text);
+  if (!takesAsciiDigits(table.codePage())) return units;
+  for (std::size_t i = 0; i + 1 < units.size(); i += 2) {
+    const unsigned int unit = bytesOf(units)[i] | static_cast<unsigned int>(bytesOf(units)[i + 1])
+                                                      << 8;
+    if (!isArabicDigit(unit)) continue;
+    units[i] = static_cast<char>(asciiDigitOf(unit));
+    units[i + 1] = '\0';
   }
-  return text;
+  return units;
 }
 
-Moved encodedByProbes(const HashConvert& table, std::string_view asWritten) {
-  const std::string text = withDigitsFolded(table, std::string(asWritten));
-  std::string room = roomFor(text);
-  const unsigned char* in = bytesOf(text);
+Moved encodedByProbes(const HashConvert& table, std::string_view text) {
+  const std::string units = withDigitsOf(table, text);
+  std::string room = roomFor(units);
+  const unsigned char* in = bytesOf(units);
   return movedBy(
-      encodeUnits(table, in, in + text.size(), reinterpret_cast<unsigned char*>(room.data())), text,
-      room);
+      encodeUnits(table, in, in + units.size(), reinterpret_cast<unsigned char*>(room.data())),
+      units, room);
 }
 
 Moved decodedByLookup(const UnicodeLookup& lookup, std::string_view text) {

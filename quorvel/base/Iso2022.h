@@ -1,23 +1,23 @@
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <string_view>
 
+#include "quorvel/base/BlockRunner.h"
 #include "quorvel/base/DataBuffer.h"
+#include "quorvel/base/kernel/Iso2022.h"
 
 /// What the ISO-2022 converters have in common. Not installed.
 ///
-/// Each direction is a small machine whose state is the set in use. Its `step`
+/// Each direction is a small machine whose state is the set in use. Its `run`
+/// is the inner loop, which does whatever whole texts are made of. Its `step`
 /// looks at the rest of the input, puts out what the beginning of it means and
 /// returns how many bytes that used. `hadError` tells whether any step left
 /// something out or wrote something else for it.
 namespace quorvel::iso2022 {
 
 using Bytes = std::span<const unsigned char>;
-
-constexpr unsigned char shiftOut = 0x0E;
-constexpr unsigned char shiftIn = 0x0F;
-constexpr unsigned char escape = 0x1B;
 
 /// Whether `byte` is one of the 94 that a 7-bit set assigns characters to.
 constexpr bool isGraphic(unsigned char byte) { return byte >= 0x21 && byte <= 0x7E; }
@@ -44,21 +44,12 @@ constexpr bool startsWith(Bytes text, std::string_view start) {
   return true;
 }
 
-/// Appends to a buffer through room that it takes there a chunk at a time.
+/// Where a step puts its bytes.
 class Output {
  public:
-  explicit Output(DataBuffer& out) : m_out(out) {}
-  ~Output() { keep(); }
-  Output(const Output&) = delete;
-  Output& operator=(const Output&) = delete;
+  explicit Output(unsigned char* next) : m_next(next) {}
 
-  /// Makes room for what one step puts out; false when memory runs out.
-  bool makeRoom() { return m_room >= mostBytesPerStep || takeChunk(); }
-
-  void put(unsigned char byte) {
-    *m_next++ = byte;
-    --m_room;
-  }
+  void put(unsigned char byte) { *m_next++ = byte; }
 
   void put(std::string_view bytes) {
     for (const char byte : bytes) put(static_cast<unsigned char>(byte));
@@ -69,44 +60,30 @@ class Output {
     put(static_cast<unsigned char>(code & 0xFF));
   }
 
+  unsigned char* next() const { return m_next; }
+
  private:
-  static constexpr unsigned int mostBytesPerStep = 8;
-  static constexpr unsigned int chunk = 4096;
-
-  bool takeChunk() {
-    keep();
-    m_start = m_out.growBy(chunk);
-    m_room = m_start ? chunk : 0;
-    if (!m_start) {
-      // Close to the end of memory, or of 32 bits, a step may still fit.
-      m_start = m_out.growBy(mostBytesPerStep);
-      m_room = m_start ? mostBytesPerStep : 0;
-    }
-    m_next = m_start;
-    return m_start != nullptr;
-  }
-
-  void keep() {
-    if (m_start) m_out.keepWritten(static_cast<unsigned int>(m_next - m_start));
-    m_start = nullptr;
-  }
-
-  DataBuffer& m_out;
-  unsigned char* m_start = nullptr;
-  unsigned char* m_next = nullptr;
-  unsigned int m_room = 0;
+  unsigned char* m_next;
 };
 
-/// Hands `in` to the steps of `machine`, one after the other; false when memory
-/// runs out. A step uses at least one byte and puts out at most eight.
+/// Hands `in` to `machine`, to its loop and where that stops to its steps; false
+/// when memory runs out. A step uses at least one byte, and neither it nor the
+/// loop puts out more than `Machine::mostBytesPerTwo` for two that they use.
 template <typename Machine>
 bool convert(Bytes in, DataBuffer& out, Machine& machine) {
-  Output output(out);
-  while (!in.empty()) {
-    if (!output.makeRoom()) return false;
-    in = in.subspan(machine.step(in, output));
-  }
-  return true;
+  const unsigned char* end = in.data() + in.size();
+  const auto loop = [&](const unsigned char* p, const unsigned char* stop, unsigned char* room) {
+    while (true) {
+      const Progress progress = machine.run(p, stop, room);
+      if (progress.in >= stop) return progress;
+      // What the end of the block cuts off is whole for a step.
+      Output output(progress.out);
+      p = progress.in + machine.step({progress.in, end}, output);
+      room = output.next();
+      if (p >= stop) return Progress{p, room};
+    }
+  };
+  return runInBlocks(loop, in.data(), end, Machine::mostBytesPerTwo, out) == end;
 }
 
 /// The input of a call; a null pointer or a negative length give none.

@@ -6,7 +6,9 @@
 
 #include "quorvel/base/ContentCoding.h"
 #include "quorvel/base/Iso2022.h"
+#include "quorvel/base/Jis.h"
 #include "quorvel/base/SjisLastBlock.h"
+#include "quorvel/base/kernel/Target.h"
 #include "quorvel/base/qvHelpers.h"
 
 namespace quorvel {
@@ -15,106 +17,59 @@ namespace {
 
 using iso2022::Bytes;
 using iso2022::Output;
-
-enum class Set { ascii, katakana, kanji };
+using jis::Place;
+using jis::Set;
 
 std::atomic<const unsigned char*> _sjis_from_2022_lastblock{nullptr};
 
 constexpr unsigned int cellsPerRow = 94;
-constexpr unsigned int firstLastBlockRow = 89;
-constexpr unsigned int lastBlockRows = 4;
 
 // Row 2, cell 14: the geta mark, printed where a type was missing.
 constexpr unsigned int getaMark = 0x222E;
 
 constexpr unsigned int noCode = 0;
 
-// --- Between Shift_JIS and the rows and cells of JIS X 0208 -----------------
-//
-// Shift_JIS lays two rows of 94 under each lead byte: the odd one on the trail
-// bytes 40-7E and 80-9E, the even one on 9F-FC. The leads skip A0-DF, which are
-// half-width katakana.
-
-struct Place {
-  unsigned int row;   // 1 to 94
-  unsigned int cell;  // 1 to 94
-};
-
-constexpr bool isSjisLead(unsigned char byte) {
-  return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
-}
-
-constexpr bool isSjisTrail(unsigned char byte) {
-  return byte >= 0x40 && byte <= 0xFC && byte != 0x7F;
-}
-
-constexpr bool isHalfWidthKatakana(unsigned char byte) { return byte >= 0xA1 && byte <= 0xDF; }
-
-constexpr unsigned int sjisFromPlace(Place place) {
-  const unsigned int lead = (place.row - 1) / 2 + (place.row <= 62 ? 0x81 : 0xC1);
-  if (place.row % 2 == 0) return lead << 8 | (place.cell + 0x9E);
-  return lead << 8 | (place.cell + (place.cell < 64 ? 0x3F : 0x40));
-}
-
-constexpr Place placeFromSjis(unsigned char lead, unsigned char trail) {
-  const unsigned int oddRow = 2U * (lead - (lead < 0xA0 ? 0x81U : 0xC1U)) + 1;
-  if (trail >= 0x9F) return {oddRow + 1, trail - 0x9EU};
-  return {oddRow, trail - (trail < 0x7F ? 0x3FU : 0x40U)};
-}
-
-constexpr unsigned int jisFromPlace(Place place) {
-  return (place.row + 0x20) << 8 | (place.cell + 0x20);
-}
-
 // --- The last block ---------------------------------------------------------
-
-constexpr bool isInLastBlock(unsigned int row) {
-  return row >= firstLastBlockRow && row < firstLastBlockRow + lastBlockRows;
-}
 
 unsigned int lastBlockCode(const unsigned char* block, std::size_t index) {
   return static_cast<unsigned int>(block[2 * index] << 8 | block[2 * index + 1]);
 }
 
 unsigned int sjisFromJis(unsigned char lead, unsigned char trail, const unsigned char* lastBlock) {
-  const Place place{lead - 0x20U, trail - 0x20U};
-  if (!isInLastBlock(place.row)) return sjisFromPlace(place);
-  const unsigned int index = (place.row - firstLastBlockRow) * cellsPerRow + place.cell - 1;
+  const Place place = jis::placeFromJis(lead, trail);
+  if (!jis::isInLastBlock(place.row)) return jis::sjisFromPlace(place);
+  const unsigned int index = (place.row - jis::firstLastBlockRow) * cellsPerRow + place.cell - 1;
   return lastBlockCode(lastBlock, index);
 }
 
 // The leads F0 to FC lie beyond row 94. What the last block has of them is
 // written there; the rest, user-defined characters above all, has no place.
 unsigned int jisFromBeyond(unsigned int code, const unsigned char* lastBlock) {
-  for (unsigned int i = 0; i < lastBlockRows * cellsPerRow; ++i) {
+  for (unsigned int i = 0; i < jis::lastBlockRows * cellsPerRow; ++i) {
     if (lastBlockCode(lastBlock, i) != code) continue;
-    return jisFromPlace({firstLastBlockRow + i / cellsPerRow, i % cellsPerRow + 1});
+    return jis::jisFromPlace({jis::firstLastBlockRow + i / cellsPerRow, i % cellsPerRow + 1});
   }
   return noCode;
 }
 
 unsigned int jisFromSjis(unsigned char lead, unsigned char trail, const unsigned char* lastBlock) {
-  if (lead < 0xF0) return jisFromPlace(placeFromSjis(lead, trail));
+  if (lead < 0xF0) return jis::jisFromPlace(jis::placeFromSjis(lead, trail));
   return jisFromBeyond(static_cast<unsigned int>(lead << 8 | trail), lastBlock);
 }
 
 // --- Reading ----------------------------------------------------------------
 
-struct Designation {
-  std::string_view sequence;
-  Set set;
-};
-
-// JIS-Roman differs from ASCII in two signs, which Shift_JIS does not tell
-// apart; the two editions of the kanji set are read alike.
-constexpr Designation designations[] = {
-    {"\x1B(B", Set::ascii}, {"\x1B(J", Set::ascii},    {"\x1B$@", Set::kanji},
-    {"\x1B$B", Set::kanji}, {"\x1B(I", Set::katakana},
-};
-
 class Reader {
  public:
+  static constexpr unsigned int mostBytesPerTwo = 2;
+
   explicit Reader(const unsigned char* lastBlock) : m_lastBlock(lastBlock) {}
+
+  // The shift is not for the loop.
+  Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) {
+    if (m_isShifted) return {in, out};
+    return kernel::iso2022().jisToShiftJis(in, end, out, m_designated);
+  }
 
   std::size_t step(Bytes rest, Output& output) {
     if (const std::size_t used = takeSwitch(rest)) return used;
@@ -143,10 +98,9 @@ class Reader {
       m_isShifted = rest[0] == iso2022::shiftOut;
       return 1;
     }
-    for (const Designation& designation : designations) {
-      if (!iso2022::startsWith(rest, designation.sequence)) continue;
-      m_designated = designation.set;
-      return designation.sequence.size();
+    if (const jis::Designation* designation = jis::findDesignation(rest)) {
+      m_designated = designation->set;
+      return designation->sequence.size();
     }
     // The characters of an unknown set are read as those of the old one.
     if (iso2022::announcesSet(rest)) m_hadError = true;
@@ -161,7 +115,7 @@ class Reader {
   }
 
   std::size_t stepInKatakana(Bytes rest, Output& output) {
-    if (rest[0] < 0x21 || rest[0] > 0x5F) return carryAscii(rest[0], output);
+    if (!jis::isKatakana(rest[0])) return carryAscii(rest[0], output);
     output.put(static_cast<unsigned char>(rest[0] | 0x80));
     return 1;
   }
@@ -187,21 +141,15 @@ class Reader {
 
 // --- Writing ----------------------------------------------------------------
 
-constexpr std::string_view sequenceFor(Set set) {
-  switch (set) {
-    case Set::kanji:
-      return "\x1B$B";
-    case Set::katakana:
-      return "\x1B(I";
-    case Set::ascii:
-      break;
-  }
-  return "\x1B(B";
-}
-
 class Writer {
  public:
+  static constexpr unsigned int mostBytesPerTwo = 10;
+
   explicit Writer(const unsigned char* lastBlock) : m_lastBlock(lastBlock) {}
+
+  Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) {
+    return kernel::iso2022().shiftJisToJis(in, end, out, m_set);
+  }
 
   std::size_t step(Bytes rest, Output& output) {
     const unsigned char byte = rest[0];
@@ -209,13 +157,13 @@ class Writer {
       putAscii(byte, output);
       return 1;
     }
-    if (isHalfWidthKatakana(byte)) {
+    if (jis::isHalfWidthKatakana(byte)) {
       use(Set::katakana, output);
       output.put(static_cast<unsigned char>(byte & 0x7F));
       return 1;
     }
     use(Set::kanji, output);
-    if (!isSjisLead(byte) || rest.size() < 2 || !isSjisTrail(rest[1])) {
+    if (!jis::isSjisLead(byte) || rest.size() < 2 || !jis::isSjisTrail(rest[1])) {
       putKanji(noCode, output);
       return 1;
     }
@@ -227,7 +175,7 @@ class Writer {
 
   /// Ends the text in ASCII.
   bool finish(DataBuffer& out) const {
-    const std::string_view sequence = sequenceFor(Set::ascii);
+    const std::string_view sequence = jis::sequenceFor(Set::ascii);
     return m_set == Set::ascii ||
            out.append(sequence.data(), static_cast<unsigned int>(sequence.size()));
   }
@@ -250,7 +198,7 @@ class Writer {
 
   void use(Set set, Output& output) {
     if (set == m_set) return;
-    output.put(sequenceFor(set));
+    output.put(jis::sequenceFor(set));
     m_set = set;
   }
 

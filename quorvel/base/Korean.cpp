@@ -1,6 +1,7 @@
 #include "quorvel/base/Korean.h"
 
 #include "quorvel/base/Iso2022.h"
+#include "quorvel/base/kernel/Target.h"
 
 namespace quorvel {
 
@@ -18,6 +19,12 @@ constexpr unsigned char highBit = 0x80;
 
 class Reader {
  public:
+  static constexpr unsigned int mostBytesPerTwo = 2;
+
+  Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) {
+    return kernel::iso2022().isoToKsc(in, end, out, m_isShifted);
+  }
+
   std::size_t step(Bytes rest, Output& output) {
     if (iso2022::startsWith(rest, header)) return header.size();
     const unsigned char byte = rest[0];
@@ -71,9 +78,15 @@ constexpr bool isUnifiedHangulPair(unsigned char lead, unsigned char trail) {
 
 class Writer {
  public:
+  static constexpr unsigned int mostBytesPerTwo = 4;
+
+  Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) {
+    return kernel::iso2022().kscToIso(in, end, out, m_isShifted);
+  }
+
   std::size_t step(Bytes rest, Output& output) {
     if (rest.size() >= 2 && isKsc(rest[0]) && isKsc(rest[1])) {
-      use(iso2022::shiftOut, output);
+      use(true, output);
       output.put(static_cast<unsigned char>(rest[0] & ~highBit));
       output.put(static_cast<unsigned char>(rest[1] & ~highBit));
       return 2;
@@ -83,7 +96,7 @@ class Writer {
       return 1;
     }
     // What KS C 5601 lacks is carried as it stands, so that nothing is lost.
-    use(iso2022::shiftIn, output);
+    use(false, output);
     output.put(rest[0]);
     if (rest.size() < 2 || !isUnifiedHangulPair(rest[0], rest[1])) return 1;
     output.put(rest[1]);
@@ -93,18 +106,16 @@ class Writer {
   bool hadError() const { return m_hadError; }
 
   /// Ends the text in ASCII.
-  bool finish(DataBuffer& out) const {
-    return m_shift == iso2022::shiftIn || out.appendChar(iso2022::shiftIn);
-  }
+  bool finish(DataBuffer& out) const { return !m_isShifted || out.appendChar(iso2022::shiftIn); }
 
  private:
-  void use(unsigned char shift, Output& output) {
-    if (shift == m_shift) return;
-    output.put(shift);
-    m_shift = shift;
+  void use(bool isShifted, Output& output) {
+    if (isShifted == m_isShifted) return;
+    output.put(isShifted ? iso2022::shiftOut : iso2022::shiftIn);
+    m_isShifted = isShifted;
   }
 
-  unsigned char m_shift = iso2022::shiftIn;
+  bool m_isShifted = false;
   bool m_hadError = false;
 };
 

@@ -39,7 +39,7 @@ struct FromTable {
   bool open(LogBase& log) {
     return inLogContext(log, tableDecodingContext, [&] {
       table = tableToDecode(codePage, log);
-      if (!table || !table->bytes) return table != nullptr;
+      if (!table || !table->lookup) return table != nullptr;
       return inLogContext(log, lookupDecodingContext, [] { return true; });
     });
   }

@@ -48,9 +48,10 @@ const unsigned char* decodeText(EncodingConvert& converter, const Decode& decode
   return in;
 }
 
+// Decodes single-byte text by `decode`.
 template <typename Decode>
-const unsigned char* decodeSingleBytes(EncodingConvert& converter, const Decode& decode,
-                                       const SourcePart& part, DataBuffer& out, LogBase& log) {
+const unsigned char* decodeSingleByteText(EncodingConvert& converter, const Decode& decode,
+                                          const SourcePart& part, DataBuffer& out, LogBase& log) {
   for (const unsigned char* in = part.in;;) {
     in = runInBlocks(decode, in, part.stop, 4, out);
     if (!in || in == part.stop) return in;
@@ -64,14 +65,15 @@ const unsigned char* decodeSingleBytes(EncodingConvert& converter, const Decode&
 
 const unsigned char* decodeByTable(EncodingConvert& converter, const ToUnicodeTable& table,
                                    const SourcePart& part, DataBuffer& out, LogBase& log) {
+  const kernel::Table& loops = kernel::table();
   if (table.bytes) {
-    const auto decode = [loop = kernel::table().bytesToUnits, &table](auto... text) {
-      return loop(*table.bytes, text...);
+    const auto decode = [loop = loops.bytesToUnits, &bytes = *table.bytes](auto... text) {
+      return loop(bytes, text...);
     };
-    return decodeSingleBytes(converter, decode, part, out, log);
+    return decodeSingleByteText(converter, decode, part, out, log);
   }
-  const auto decode = [loop = kernel::table().pairsToUnits, &table](auto... text) {
-    return loop(*table.pairs, text...);
+  const auto decode = [loop = loops.pairsToUnits, &pairs = *table.pairs](auto... text) {
+    return loop(pairs, text...);
   };
   return decodeText(converter, decode, 2, part, out, log);
 }
@@ -97,11 +99,11 @@ bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* 
     }
     const ToUnicodeTable* table = tableToDecode(fromCodePage, log);
     if (!table) return false;
+    const unsigned char* end = in + inLen;
     const auto decode = [&] {
-      const unsigned char* end = in + inLen;
       return decodeByTable(*this, *table, {in, end, end}, out, log) != nullptr;
     };
-    return table->bytes ? inLogContext(log, lookupDecodingContext, decode) : decode();
+    return table->lookup ? inLogContext(log, lookupDecodingContext, decode) : decode();
   });
 }
 
@@ -113,7 +115,7 @@ bool EncodingConvert::convertToUnicodeByLookup(UnicodeLookup& lookup, const unsi
     const auto decode = [&](auto... text) {
       return kernel::scalar::bytesToUnits(lookup.m_units, text...);
     };
-    return decodeSingleBytes(*this, decode, {in, end, end}, out, log) != nullptr;
+    return decodeSingleByteText(*this, decode, {in, end, end}, out, log) != nullptr;
   });
 }
 

@@ -90,7 +90,7 @@ bool encodeOne(EncodingConvert& converter, const HashConvert& table, const unsig
 enum class AtMarker { copyRawBytes, stop };
 
 // `loop` encodes what `table` maps, a unit in at most `mostBytes` bytes. Where a
-// marker ends what it is good for, the text goes no further.
+// marker ends what `loop` is good for, the text goes no further.
 template <typename Loop>
 Encoded encodeText(EncodingConvert& converter, const HashConvert& table, const Loop& loop,
                    unsigned int mostBytes, AtMarker atMarker, const UnitsPart& part,
@@ -116,6 +116,22 @@ Encoded encodeText(EncodingConvert& converter, const HashConvert& table, const L
   }
 }
 
+auto probing(const HashConvert& table) {
+  return [&table](auto... text) { return encodeUnits(table, text...); };
+}
+
+auto toBytes(const FromUnicodeTable& table) {
+  return [loop = kernel::table().unitsToBytes, &bytes = *table.bytes](auto... text) {
+    return loop(bytes, text...);
+  };
+}
+
+auto toPairs(const FromUnicodeTable& table) {
+  return [loop = kernel::table().unitsToPairs, &pairs = *table.pairs](auto... text) {
+    return loop(pairs, text...);
+  };
+}
+
 // Rewrites every unit that is an Arabic digit. Null when memory ran out.
 std::unique_ptr<unsigned char[]> withAsciiDigits(const unsigned char* in, unsigned int inLen) {
   std::unique_ptr<unsigned char[]> copy(qvNewUnsignedChar(inLen));
@@ -128,28 +144,23 @@ std::unique_ptr<unsigned char[]> withAsciiDigits(const unsigned char* in, unsign
   return copy;
 }
 
-// The loop over a table as it is.
-auto probing(const HashConvert& table) {
-  return [&table](auto... text) { return encodeUnits(table, text...); };
-}
-
 // Both sets of Arabic digits become ASCII digits, and so do raw bytes behind a
-// marker that happen to look like them. `loop` knows the digits; but from the
+// marker that happen to look like them. The index knows the digits; but from the
 // first marker on the units may be read one byte off while it is still the units
 // as they were written that count: from there on the text is rewritten, and read
-// by the table itself, which leaves what then looks like a digit alone.
-template <typename Loop>
-Encoded encodeWithAsciiDigits(EncodingConvert& converter, const HashConvert& table,
-                              const Loop& loop, const UnitsPart& part, DataBuffer& out,
-                              LogBase& log) {
-  const Encoded plain = encodeText(converter, table, loop, 1, AtMarker::stop, part, out, log);
+// through the table, which leaves what then looks like a digit alone.
+Encoded encodeWithAsciiDigits(EncodingConvert& converter, const FromUnicodeTable& table,
+                              const UnitsPart& part, DataBuffer& out, LogBase& log) {
+  const Encoded plain =
+      encodeText(converter, *table.hash, toBytes(table), 1, AtMarker::stop, part, out, log);
   if (!plain.in || part.end - plain.in < 2 || !part.isLast) return plain;
   const auto length = static_cast<unsigned int>(part.end - plain.in);
   const auto rewritten = withAsciiDigits(plain.in, length);
   if (!rewritten) return {nullptr, false};
   const UnitsPart rest{rewritten.get(), rewritten.get() + length, true};
-  const Encoded marked = encodeText(converter, table, probing(table), HashConvert::mostValueBytes,
-                                    AtMarker::copyRawBytes, rest, out, log);
+  const Encoded marked =
+      encodeText(converter, *table.hash, probing(*table.hash), HashConvert::mostValueBytes,
+                 AtMarker::copyRawBytes, rest, out, log);
   return {marked.in ? part.end : nullptr, plain.isWhole && marked.isWhole};
 }
 
@@ -164,19 +175,13 @@ bool succeeded(const Encoded& encoded) { return encoded.in && encoded.isWhole; }
 
 Encoded encodeByTable(EncodingConvert& converter, const FromUnicodeTable& table,
                       const UnitsPart& part, DataBuffer& out, LogBase& log) {
-  const HashConvert& hash = *table.hash;
-  if (table.pairs) {
-    const auto loop = [loop = kernel::table().unitsToPairs, &table](auto... text) {
-      return loop(*table.pairs, text...);
-    };
-    return encodeText(converter, hash, loop, 2, AtMarker::copyRawBytes, part, out, log);
+  if (takesAsciiDigits(table.hash->codePage())) {
+    return encodeWithAsciiDigits(converter, table, part, out, log);
   }
-  const auto loop = [loop = kernel::table().unitsToBytes, &table](auto... text) {
-    return loop(*table.bytes, text...);
-  };
-  return takesAsciiDigits(hash.codePage())
-             ? encodeWithAsciiDigits(converter, hash, loop, part, out, log)
-             : encodeText(converter, hash, loop, 1, AtMarker::copyRawBytes, part, out, log);
+  return table.bytes ? encodeText(converter, *table.hash, toBytes(table), 1, AtMarker::copyRawBytes,
+                                  part, out, log)
+                     : encodeText(converter, *table.hash, toPairs(table), 2, AtMarker::copyRawBytes,
+                                  part, out, log);
 }
 
 const FromUnicodeTable* tableToEncode(int codePage, LogBase& log) {

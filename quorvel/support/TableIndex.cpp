@@ -10,27 +10,6 @@ namespace quorvel {
 
 namespace {
 
-// The row of sixteen bytes from `first` on as one of those that a sum does not
-// give, or with `isRegular` set if it does.
-struct RowOfUnits {
-  kernel::BytesToUnits::Row other;
-  bool isMixed;
-  bool isRegular;
-};
-
-RowOfUnits rowOf(const kernel::BytesToUnits& index, unsigned int first) {
-  const unsigned short* const units = index.units + first;
-  RowOfUnits row{{static_cast<unsigned char>(first), {}, {}}, false, true};
-  for (unsigned int i = 0; i < 16; ++i) {
-    const auto low = static_cast<unsigned char>(first + i + index.sums[first >> 4]);
-    row.other.lows[i] = static_cast<unsigned char>(units[i] ^ low);
-    row.other.highs[i] = static_cast<unsigned char>(units[i] >> 8 ^ index.highs[first >> 4]);
-    row.isRegular = row.isRegular && row.other.lows[i] == 0 && row.other.highs[i] == 0;
-    row.isMixed = row.isMixed || row.other.highs[i] != 0;
-  }
-  return row;
-}
-
 // The ranges that cover the bytes that are set in `isLead`, all of one sort: below
 // the first byte between them that is not, and behind it.
 void coverLeads(kernel::PairsToUnits& index) {
@@ -101,21 +80,14 @@ std::unique_ptr<Index> encodingIndexOf(const HashConvert& fromUnicode) {
 std::unique_ptr<kernel::BytesToUnits> bytesToUnitsOf(const UnicodeLookup& lookup) {
   std::unique_ptr<kernel::BytesToUnits> index(new (std::nothrow) kernel::BytesToUnits{});
   if (!index) return nullptr;
-  std::copy(std::begin(lookup.m_units) + 1, std::end(lookup.m_units), index->units + 1);
-  for (unsigned int first = 0; first < std::size(index->units); first += 16) {
-    // The byte 00 has no unit to begin a row with.
-    const unsigned int at = first == 0 ? 1 : first;
-    index->sums[first >> 4] = static_cast<unsigned char>(index->units[at] - at);
-    index->highs[first >> 4] = static_cast<unsigned char>(index->units[at] >> 8);
-    const RowOfUnits row = rowOf(*index, first);
-    if (row.isRegular) continue;
-    kernel::BytesToUnits::Row* place = index->rows + index->rowCount++;
-    if (row.isMixed) {
-      kernel::BytesToUnits::Row& other = index->rows[index->mixedCount++];
-      *place = other;
-      place = &other;
-    }
-    *place = row.other;
+  index->hasAsciiBelow80 = true;
+  for (unsigned int byte = 1; byte < std::size(index->units); ++byte) {
+    const unsigned short unit = lookup[byte];
+    index->units[byte] = unit;
+    index->lows[byte] = static_cast<unsigned char>(unit);
+    index->highs[byte] = static_cast<unsigned char>(unit >> 8);
+    if (byte < 0x80 && unit != byte) index->hasAsciiBelow80 = false;
+    if (unit >= 0x100) index->hasUnitsFrom100 = true;
   }
   return index;
 }

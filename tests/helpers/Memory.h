@@ -64,8 +64,14 @@ class GuardedBytes {
       throw std::runtime_error("mprotect");
   }
 
-  unsigned char* place(std::string_view bytes) {
-    return copy(bytes, start() + m_readable - bytes.size());
+  std::size_t size() const { return m_readable; }
+
+  unsigned char* place(std::string_view bytes) { return copy(bytes, room(bytes.size())); }
+
+  /// `size` writable bytes of whatever content, where `place` places them.
+  unsigned char* room(std::size_t size) {
+    if (size > m_readable) throw std::length_error("GuardedBytes");
+    return start() + m_readable - size;
   }
 
   unsigned char* placeAtStart(std::string_view bytes) { return copy(bytes, start()); }

@@ -4,9 +4,12 @@
 #include <sstream>
 #include <string>
 
+#include "quorvel/base/BlockRunner.h"
+#include "quorvel/base/kernel/Target.h"
 #include "quorvel/support/BlockPivot.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "tests/helpers/Memory.h"
+#include "tests/helpers/Seed.h"
 #include "tests/reference/Converter.h"
 #include "tests/support/RecordingLog.h"
 
@@ -148,11 +151,10 @@ inline bool callReference(const Case& c, Converter& converter, Bytes& out, LogBa
 
 }  // namespace differential
 
-/// The call of the library; `in` holds the bytes of `c.input`.
-inline Result libraryResult(const Case& c, const unsigned char* in) {
+/// The call of the library; `in` holds the bytes of `c.input`, and `out` none yet.
+inline Result libraryResult(const Case& c, const unsigned char* in, DataBuffer& out) {
   EncodingConvert converter = differential::libraryConverter(c.settings);
   quorvel_test::RecordingLog log(c.isVerbose);
-  DataBuffer out;
   out.append(c.before.data(), quorvel_test::sizeOf(c.before));
   Result result;
   result.result = differential::callLibrary(c, converter, in, out, log);
@@ -258,25 +260,63 @@ inline std::string description(const Case& c) {
 }  // namespace differential
 
 /// Compares library and reference. The bytes are placed first so that nothing
-/// behind them can be read, then so that nothing before them can.
+/// behind them can be read, then so that nothing before them can and nothing
+/// can be written behind the room for the output.
 class Comparison {
  public:
-  explicit Comparison(std::size_t mostBytes = 65536) : m_guarded(mostBytes) {}
+  explicit Comparison(std::size_t mostBytes = 65536) : m_in(mostBytes), m_out(mostBytes) {}
+  ~Comparison() { kernel::setTarget(m_best); }
+  Comparison(const Comparison&) = delete;
+  Comparison& operator=(const Comparison&) = delete;
 
-  /// "" when they agree.
+  /// "" when they agree, on the best target or, each so many cases, on every one.
   std::string differences(const Case& c) {
     const Result expected = referenceResult(c);
-    std::string report = differential::differences(
-        libraryResult(c, m_guarded.place(Text(c.input).asString())), expected);
-    if (report.empty()) {
-      report = differential::differences(
-          libraryResult(c, m_guarded.placeAtStart(Text(c.input).asString())), expected);
+    ++m_count;
+    for (const kernel::Target target : kernel::allTargets) {
+      if (!isDue(target)) continue;
+      kernel::setTarget(target);
+      const std::string report = differencesFrom(expected, c);
+      if (report.empty()) continue;
+      return differential::description(c) + "\n  on " + nameOf(target) + '\n' + report;
     }
-    return report.empty() ? report : differential::description(c) + '\n' + report;
+    return "";
   }
 
  private:
-  quorvel::test_memory::GuardedBytes m_guarded;
+  static constexpr unsigned int casesPerOtherTarget = 7;
+
+  bool isDue(kernel::Target target) const {
+    if (target == m_best) return true;
+    return kernel::canRun(target) &&
+           (test_seed::isForEachTarget() || m_count % casesPerOtherTarget == 0);
+  }
+
+  std::string differencesFrom(const Result& expected, const Case& c) {
+    const std::string_view text = Text(c.input).asString();
+    DataBuffer own;
+    const std::string report =
+        differential::differences(libraryResult(c, m_in.place(text), own), expected);
+    if (!report.empty()) return report;
+    DataBuffer lent;
+    lendRoom(c, lent);
+    return differential::differences(libraryResult(c, m_in.placeAtStart(text), lent), expected);
+  }
+
+  /// As much as is asked for at first where two bytes of input can become so and
+  /// so many, a number that changes from case to case: then what a loop may write
+  /// ends where nothing can be written. What does not fit moves elsewhere.
+  void lendRoom(const Case& c, DataBuffer& out) {
+    constexpr unsigned int mostPerTwoBytes = 10;
+    const std::size_t room =
+        c.before.size() + mostOutput(c.input.size(), 1 + m_count % mostPerTwoBytes);
+    if (room <= m_out.size()) out.lendStorage(m_out.room(room), static_cast<unsigned int>(room));
+  }
+
+  const kernel::Target m_best = kernel::currentTarget();
+  unsigned int m_count = 0;
+  quorvel::test_memory::GuardedBytes m_in;
+  quorvel::test_memory::GuardedBytes m_out;
 };
 
 }  // namespace quorvel::reference

@@ -5,7 +5,7 @@
 
 #include "tests/reference/Utf8Reference.h"
 
-/// UTF-8 to UTF-16 and back one character at a time, up to where a kernel must
+/// UTF-8 to UTF-16 or UTF-32 and back one character at a time, up to where a kernel must
 /// stop.
 namespace quorvel::reference {
 
@@ -26,13 +26,33 @@ inline std::string utf16Of(char32_t value) {
          unitBytes(0xDC00 + (value - 0x10000) % 0x400);
 }
 
-inline Transcoded utf8ToUtf16(std::string_view text) {
+inline std::string utf32Of(char32_t value) {
+  return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+
+/// `form` gives the bytes of a code point.
+inline Transcoded fromUtf8(std::string_view text, std::string (*form)(char32_t)) {
   Transcoded result{};
   while (result.consumed < text.size()) {
     const Utf8Step step = utf8Step(text.substr(result.consumed));
     if (!step.wellFormed) break;
-    result.bytes += utf16Of(step.codePoint);
+    result.bytes += form(step.codePoint);
     result.consumed += step.consumed;
+  }
+  return result;
+}
+
+inline Transcoded utf8ToUtf16(std::string_view text) { return fromUtf8(text, utf16Of); }
+inline Transcoded utf8ToUtf32(std::string_view text) { return fromUtf8(text, utf32Of); }
+
+inline Transcoded utf32ToUtf8(std::string_view text) {
+  Transcoded result{};
+  while (text.size() - result.consumed >= 4) {
+    char32_t value = 0;
+    text.copy(reinterpret_cast<char*>(&value), sizeof value, result.consumed);
+    if (!isScalarValue(value)) break;
+    result.bytes += encodeUtf8(value);
+    result.consumed += 4;
   }
   return result;
 }

@@ -20,13 +20,18 @@ inline std::uint64_t loadRun(const unsigned char* p) {
 
 inline bool isAsciiRun(const unsigned char* in) { return (loadRun(in) & 0x8080808080808080U) == 0; }
 
-/// How many of the eight bytes at `in` are ASCII before the first that is not.
-inline unsigned int countAscii(const unsigned char* in) {
-  const std::uint64_t others = loadRun(in) & 0x8080808080808080U;
-  const int bits = std::endian::native == std::endian::little ? std::countr_zero(others)
-                                                              : std::countl_zero(others);
+inline constexpr std::uint64_t inEachByte = 0x0101010101010101U;
+
+/// How many of eight bytes stand before the first whose highest bit is set.
+inline unsigned int countBeforeHighBit(std::uint64_t bytes) {
+  const std::uint64_t highBits = bytes & 0x80 * inEachByte;
+  const int bits = std::endian::native == std::endian::little ? std::countr_zero(highBits)
+                                                              : std::countl_zero(highBits);
   return static_cast<unsigned int>(bits) / 8;
 }
+
+/// How many of the eight bytes at `in` are ASCII before the first that is not.
+inline unsigned int countAscii(const unsigned char* in) { return countBeforeHighBit(loadRun(in)); }
 
 /// Writes each of the eight bytes at `in` with a zero byte behind it.
 inline void widenRun(const unsigned char* in, unsigned char* out) {

@@ -15,18 +15,11 @@ struct BytesToUnits {
   /// The unit of each byte, 0 for none; that of the byte 00 is U+0000.
   unsigned short units[256];
 
-  // The same for the loops that do many bytes at once. In most rows of sixteen
-  // bytes the units follow each other: a sum and a high byte for each row give
-  // all of them. What is different in the other rows is listed.
-  unsigned char sums[16];
-  unsigned char highs[16];
-  struct Row {
-    unsigned char first;     ///< the first byte of the row
-    unsigned char lows[16];  ///< to be exclusive-ored with what the sum gives
-    unsigned char highs[16];
-  } rows[16];
-  unsigned int rowCount;
-  unsigned int mixedCount;  ///< the rows in which the high bytes differ too come first
+  // The same for the loops that do many bytes at once.
+  unsigned char lows[256];
+  unsigned char highs[256];
+  bool hasAsciiBelow80;  ///< 01 to 7F are U+0001 to U+007F
+  bool hasUnitsFrom100;  ///< some are U+0100 or above
 };
 
 /// How multibyte text is decoded. A text touches the rows of its own lead bytes.

@@ -21,17 +21,32 @@ inline unsigned int numberAt(const unsigned char* p) {
   return number;
 }
 
+inline std::uint64_t wordAt(const unsigned char* p) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, p, sizeof word);
+  return word;
+}
+
+// The entry for one of the four 16-bit numbers in a word. These loops wait for
+// loads: to load each number by itself would take a fifth longer.
+template <int index, typename Entry>
+inline int entryOf(const Entry* table, std::uint64_t word) {
+  return table[word >> 16 * index & 0xFFFF];
+}
+
 // The entries for the eight 16-bit numbers at `p`.
 inline __m128i entriesOfNumbers(const unsigned short* table, const unsigned char* p) {
+  const std::uint64_t first = wordAt(p);
+  const std::uint64_t second = wordAt(p + 8);
   __m128i entries = _mm_setzero_si128();
-  entries = _mm_insert_epi16(entries, table[numberAt(p)], 0);
-  entries = _mm_insert_epi16(entries, table[numberAt(p + 2)], 1);
-  entries = _mm_insert_epi16(entries, table[numberAt(p + 4)], 2);
-  entries = _mm_insert_epi16(entries, table[numberAt(p + 6)], 3);
-  entries = _mm_insert_epi16(entries, table[numberAt(p + 8)], 4);
-  entries = _mm_insert_epi16(entries, table[numberAt(p + 10)], 5);
-  entries = _mm_insert_epi16(entries, table[numberAt(p + 12)], 6);
-  return _mm_insert_epi16(entries, table[numberAt(p + 14)], 7);
+  entries = _mm_insert_epi16(entries, entryOf<0>(table, first), 0);
+  entries = _mm_insert_epi16(entries, entryOf<1>(table, first), 1);
+  entries = _mm_insert_epi16(entries, entryOf<2>(table, first), 2);
+  entries = _mm_insert_epi16(entries, entryOf<3>(table, first), 3);
+  entries = _mm_insert_epi16(entries, entryOf<0>(table, second), 4);
+  entries = _mm_insert_epi16(entries, entryOf<1>(table, second), 5);
+  entries = _mm_insert_epi16(entries, entryOf<2>(table, second), 6);
+  return _mm_insert_epi16(entries, entryOf<3>(table, second), 7);
 }
 
 // Four bits for each entry that is missing, the first lowest.
@@ -69,31 +84,62 @@ inline Progress widenBlocks(const unsigned char* in, const unsigned char* end, u
 
 // Single bytes.
 
+// A shuffle looks the low half of each byte up in one row of sixteen entries;
+// the high half then says which row it was, one bit after the other.
+
+inline __m256i entriesInRow(const unsigned char* row, __m256i places) {
+  return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(load16(row)), places);
+}
+
+// Of two rows, or two results, the second for the bytes that have the bit set.
+template <int bit>
+inline __m256i choose(__m256i first, __m256i second, __m256i bytes) {
+  return _mm256_blendv_epi8(first, second, _mm256_slli_epi16(bytes, 7 - bit));
+}
+
+// The entries by 128 bytes that differ in their highest bit from the others.
+inline __m256i entriesOfHalf(const unsigned char* rows, __m256i bytes) {
+  const __m256i places = _mm256_and_si256(bytes, everyByte(0x0F));
+  const auto two = [&](const unsigned char* at) {
+    return choose<4>(entriesInRow(at, places), entriesInRow(at + 16, places), bytes);
+  };
+  const auto four = [&](const unsigned char* at) {
+    return choose<5>(two(at), two(at + 32), bytes);
+  };
+  return choose<6>(four(rows), four(rows + 64), bytes);
+}
+
+inline __m256i entriesOf(const unsigned char* rows, __m256i bytes) {
+  return choose<7>(entriesOfHalf(rows, bytes), entriesOfHalf(rows + 128, bytes), bytes);
+}
+
 // The units of 32 bytes, their low and their high halves.
 struct Halves {
   __m256i lows;
   __m256i highs;
 };
 
-inline __m256i loadTwice(const unsigned char* p) { return _mm256_broadcastsi128_si256(load16(p)); }
+// The ways to look both up, by what is known of a page.
 
-inline Halves halvesOf(const BytesToUnits& table, __m256i bytes) {
-  const __m256i row = _mm256_and_si256(_mm256_srli_epi16(bytes, 4), everyByte(0x0F));
-  Halves halves{_mm256_add_epi8(bytes, _mm256_shuffle_epi8(loadTwice(table.sums), row)),
-                _mm256_shuffle_epi8(loadTwice(table.highs), row)};
-  for (unsigned int i = 0; i < table.rowCount; ++i) {
-    const BytesToUnits::Row& other = table.rows[i];
-    // A shuffle gives zero for the bytes of the rows that this leaves above 7F.
-    const __m256i inRow =
-        _mm256_adds_epu8(_mm256_xor_si256(bytes, everyByte(other.first)), everyByte(0x70));
-    halves.lows = _mm256_xor_si256(halves.lows, _mm256_shuffle_epi8(loadTwice(other.lows), inRow));
-    if (i < table.mixedCount) {
-      halves.highs =
-          _mm256_xor_si256(halves.highs, _mm256_shuffle_epi8(loadTwice(other.highs), inRow));
-    }
+struct AsciiBelow80 {
+  static Halves halvesOf(const BytesToUnits& table, __m256i bytes) {
+    const __m256i isAscii = _mm256_cmpgt_epi8(bytes, everyByte(-1));
+    return {choose<7>(bytes, entriesOfHalf(table.lows + 128, bytes), bytes),
+            _mm256_andnot_si256(isAscii, entriesOfHalf(table.highs + 128, bytes))};
   }
-  return halves;
-}
+};
+
+struct UnitsBelow100 {
+  static Halves halvesOf(const BytesToUnits& table, __m256i bytes) {
+    return {entriesOf(table.lows, bytes), _mm256_setzero_si256()};
+  }
+};
+
+struct AnyUnits {
+  static Halves halvesOf(const BytesToUnits& table, __m256i bytes) {
+    return {entriesOf(table.lows, bytes), entriesOf(table.highs, bytes)};
+  }
+};
 
 inline unsigned int missing(const Halves& halves) {
   const __m256i either = _mm256_or_si256(halves.lows, halves.highs);
@@ -107,48 +153,13 @@ inline void storeUnits(const Halves& halves, unsigned char* out) {
   store(_mm256_permute2x128_si256(even, odd, 0x31), out + 32);
 }
 
-// The units of eight bytes.
-inline __m128i unitsOf(const unsigned short* units, const unsigned char* in) {
-  __m128i entries = _mm_setzero_si128();
-  entries = _mm_insert_epi16(entries, units[in[0]], 0);
-  entries = _mm_insert_epi16(entries, units[in[1]], 1);
-  entries = _mm_insert_epi16(entries, units[in[2]], 2);
-  entries = _mm_insert_epi16(entries, units[in[3]], 3);
-  entries = _mm_insert_epi16(entries, units[in[4]], 4);
-  entries = _mm_insert_epi16(entries, units[in[5]], 5);
-  entries = _mm_insert_epi16(entries, units[in[6]], 6);
-  return _mm_insert_epi16(entries, units[in[7]], 7);
-}
-
-// What is as quick as reading 32 entries.
-constexpr unsigned int mostRows = 5;
-
-// Writes the units of 32 bytes, if all have one.
-inline bool decodeByRows(const BytesToUnits& table, const unsigned char* in, unsigned char* out) {
-  const Halves halves = halvesOf(table, load(in));
-  if (missing(halves) != 0) return false;
-  storeUnits(halves, out);
-  return true;
-}
-
-inline bool decodeByEntries(const BytesToUnits& table, const unsigned char* in,
-                            unsigned char* out) {
-  for (std::ptrdiff_t i = 0; i < 32; i += 16) {
-    const __m128i first = unitsOf(table.units, in + i);
-    const __m128i second = unitsOf(table.units, in + i + 8);
-    if ((missing(first) | missing(second)) != 0) return false;
-    store(first, out + 2 * i);
-    store(second, out + 2 * i + 16);
-  }
-  return true;
-}
-
-template <typename DecodeBlock>
-inline Progress decodeBlocks(const DecodeBlock& decodeBlock, const BytesToUnits& table,
-                             const unsigned char* in, const unsigned char* end,
-                             unsigned char* out) {
+template <typename Way>
+inline Progress decodeBytes(const BytesToUnits& table, const unsigned char* in,
+                            const unsigned char* end, unsigned char* out) {
   while (end - in >= 32) {
-    if (decodeBlock(table, in, out)) {
+    const Halves halves = Way::halvesOf(table, load(in));
+    if (missing(halves) == 0) {
+      storeUnits(halves, out);
       in += 32;
       out += 64;
       continue;
@@ -163,31 +174,33 @@ inline Progress decodeBlocks(const DecodeBlock& decodeBlock, const BytesToUnits&
 
 Progress bytesToUnits(const BytesToUnits& table, const unsigned char* in, const unsigned char* end,
                       unsigned char* out) {
-  return table.rowCount <= mostRows
-             ? decodeBlocks([](auto&... block) { return decodeByRows(block...); }, table, in, end,
-                            out)
-             : decodeBlocks([](auto&... block) { return decodeByEntries(block...); }, table, in,
-                            end, out);
+  return table.hasAsciiBelow80   ? decodeBytes<AsciiBelow80>(table, in, end, out)
+         : table.hasUnitsFrom100 ? decodeBytes<AnyUnits>(table, in, end, out)
+                                 : decodeBytes<UnitsBelow100>(table, in, end, out);
 }
 
 inline __m128i codesOfUnits(const unsigned char* codes, const unsigned char* in) {
+  const std::uint64_t first = wordAt(in);
+  const std::uint64_t second = wordAt(in + 8);
+  const std::uint64_t third = wordAt(in + 16);
+  const std::uint64_t fourth = wordAt(in + 24);
   __m128i bytes = _mm_setzero_si128();
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in)], 0);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 2)], 1);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 4)], 2);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 6)], 3);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 8)], 4);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 10)], 5);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 12)], 6);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 14)], 7);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 16)], 8);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 18)], 9);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 20)], 10);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 22)], 11);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 24)], 12);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 26)], 13);
-  bytes = _mm_insert_epi8(bytes, codes[numberAt(in + 28)], 14);
-  return _mm_insert_epi8(bytes, codes[numberAt(in + 30)], 15);
+  bytes = _mm_insert_epi8(bytes, entryOf<0>(codes, first), 0);
+  bytes = _mm_insert_epi8(bytes, entryOf<1>(codes, first), 1);
+  bytes = _mm_insert_epi8(bytes, entryOf<2>(codes, first), 2);
+  bytes = _mm_insert_epi8(bytes, entryOf<3>(codes, first), 3);
+  bytes = _mm_insert_epi8(bytes, entryOf<0>(codes, second), 4);
+  bytes = _mm_insert_epi8(bytes, entryOf<1>(codes, second), 5);
+  bytes = _mm_insert_epi8(bytes, entryOf<2>(codes, second), 6);
+  bytes = _mm_insert_epi8(bytes, entryOf<3>(codes, second), 7);
+  bytes = _mm_insert_epi8(bytes, entryOf<0>(codes, third), 8);
+  bytes = _mm_insert_epi8(bytes, entryOf<1>(codes, third), 9);
+  bytes = _mm_insert_epi8(bytes, entryOf<2>(codes, third), 10);
+  bytes = _mm_insert_epi8(bytes, entryOf<3>(codes, third), 11);
+  bytes = _mm_insert_epi8(bytes, entryOf<0>(codes, fourth), 12);
+  bytes = _mm_insert_epi8(bytes, entryOf<1>(codes, fourth), 13);
+  bytes = _mm_insert_epi8(bytes, entryOf<2>(codes, fourth), 14);
+  return _mm_insert_epi8(bytes, entryOf<3>(codes, fourth), 15);
 }
 
 Progress unitsToBytes(const UnitsToBytes& table, const unsigned char* in, const unsigned char* end,

@@ -17,9 +17,17 @@ bool hasAvx2() {
 #endif
 }
 
-constexpr Utf scalarUtf{scalar::utf8ToUtf16, scalar::utf16ToUtf8, scalar::utf16ToUtf8WithoutPairs};
+constexpr Utf scalarUtf{scalar::utf8ToUtf16, scalar::utf16ToUtf8, scalar::utf16ToUtf8WithoutPairs,
+                        scalar::utf8ToUtf32, scalar::utf32ToUtf8};
+constexpr Iso2022 scalarIso2022{scalar::jisToShiftJis, scalar::shiftJisToJis, scalar::isoToKsc,
+                                scalar::kscToIso};
+constexpr Utf7 scalarUtf7{scalar::utf7ToUtf16};
 #ifdef QUORVEL_WITH_AVX2
-constexpr Utf avx2Utf{avx2::utf8ToUtf16, avx2::utf16ToUtf8, avx2::utf16ToUtf8WithoutPairs};
+constexpr Utf avx2Utf{avx2::utf8ToUtf16, avx2::utf16ToUtf8, avx2::utf16ToUtf8WithoutPairs,
+                      avx2::utf8ToUtf32, avx2::utf32ToUtf8};
+constexpr Iso2022 avx2Iso2022{avx2::jisToShiftJis, avx2::shiftJisToJis, avx2::isoToKsc,
+                              avx2::kscToIso};
+constexpr Utf7 avx2Utf7{avx2::utf7ToUtf16};
 #endif
 
 constexpr int notChosenYet = -1;
@@ -55,6 +63,20 @@ const Table& tableOf([[maybe_unused]] Target target) {
   if (target == Target::avx2) return avx2::table;
 #endif
   return scalar::table;
+}
+
+const Iso2022& iso2022Of([[maybe_unused]] Target target) {
+#ifdef QUORVEL_WITH_AVX2
+  if (target == Target::avx2) return avx2Iso2022;
+#endif
+  return scalarIso2022;
+}
+
+const Utf7& utf7Of([[maybe_unused]] Target target) {
+#ifdef QUORVEL_WITH_AVX2
+  if (target == Target::avx2) return avx2Utf7;
+#endif
+  return scalarUtf7;
 }
 
 }  // namespace quorvel::kernel

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "quorvel/base/kernel/Iso2022.h"
 #include "quorvel/base/kernel/Table.h"
 #include "quorvel/base/kernel/Utf.h"
+#include "quorvel/base/kernel/Utf7.h"
 
 namespace quorvel::kernel {
 
@@ -25,7 +27,11 @@ void setTarget(Target target);
 /// The loops of one target, and of the current one.
 const Utf& utfOf(Target target);
 const Table& tableOf(Target target);
+const Iso2022& iso2022Of(Target target);
 inline const Utf& utf() { return utfOf(currentTarget()); }
 inline const Table& table() { return tableOf(currentTarget()); }
+inline const Iso2022& iso2022() { return iso2022Of(currentTarget()); }
+const Utf7& utf7Of(Target target);
+inline const Utf7& utf7() { return utf7Of(currentTarget()); }
 
 }  // namespace quorvel::kernel

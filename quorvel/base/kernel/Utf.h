@@ -16,7 +16,7 @@ using Loop = Progress(const unsigned char* in, const unsigned char* end, unsigne
 /// may read a marker there.
 inline constexpr unsigned int undecidedUnit = 0xFDEF;
 
-/// Between UTF-8 and UTF-16.
+/// Between UTF-8 and the wider forms.
 struct Utf {
   /// Two bytes of room for each input byte. Stops at the end or in front of the
   /// first ill-formed sequence, one cut off by the end included. ASCII comes out
@@ -34,12 +34,22 @@ struct Utf {
   /// As `utf16ToUtf8`, but stops in front of every high surrogate, for output
   /// without sequences of four bytes.
   Loop* utf16ToUtf8WithoutPairs;
+
+  /// As `utf8ToUtf16`, but UTF-32 in host order throughout, with four bytes of
+  /// room for each input byte.
+  Loop* utf8ToUtf32;
+
+  /// UTF-32 in host order (any alignment), as much room as input. Stops at the
+  /// last whole unit or in front of the first that is no scalar value.
+  Loop* utf32ToUtf8;
 };
 
 namespace scalar {
 Loop utf8ToUtf16;
 Loop utf16ToUtf8;
 Loop utf16ToUtf8WithoutPairs;
+Loop utf8ToUtf32;
+Loop utf32ToUtf8;
 }  // namespace scalar
 
 /// x86-64 with AVX2, BMI, BMI2 and POPCNT; only there where the compiler can
@@ -48,6 +58,8 @@ namespace avx2 {
 Loop utf8ToUtf16;
 Loop utf16ToUtf8;
 Loop utf16ToUtf8WithoutPairs;
+Loop utf8ToUtf32;
+Loop utf32ToUtf8;
 }  // namespace avx2
 
 }  // namespace quorvel::kernel
