@@ -18,6 +18,7 @@ using test_kernels::Converted;
 using test_kernels::targetName;
 using test_text::below;
 using test_text::Random;
+using test_text::Range;
 
 Converted decoded(const unsigned char* in, std::size_t size) {
   DataBuffer source;
@@ -25,6 +26,14 @@ Converted decoded(const unsigned char* in, std::size_t size) {
   DataBuffer out;
   const bool isClean = _qvUtf::Utf7ToUtf16_xe(source, out);
   return {test_bytes::contentOf(out), isClean};
+}
+
+Converted encoded(const unsigned char* in, std::size_t size) {
+  DataBuffer source;
+  source.borrowData(const_cast<unsigned char*>(in), static_cast<unsigned int>(size));
+  DataBuffer out;
+  const bool isWhole = _qvUtf::Utf16XEToUtf7(source, out);
+  return {test_bytes::contentOf(out), isWhole};
 }
 
 Converted expected(std::string_view text) {
@@ -36,12 +45,28 @@ constexpr test_kernels::StatefulDirection<Utf7Run> reading{
     "utf7ToUtf16", [](Target target) { return kernel::utf7Of(target).toUtf16; }, 2, decoded,
     expected};
 
+Converted expectedEncoded(std::string_view bytes) {
+  std::u16string units(bytes.size() / 2, 0);
+  bytes.copy(reinterpret_cast<char*>(units.data()), bytes.size());
+  return {reference::encodeUtf7(units), true};
+}
+
+constexpr test_kernels::StatefulDirection<Utf7Run> writing{
+    "utf16ToUtf7", [](Target target) { return kernel::utf7Of(target).fromUtf16; }, 2, encoded,
+    expectedEncoded};
+
 constexpr Utf7Run runs[] = {{false, false}, {true, false}, {true, true}};
+
+constexpr Utf7Run writingRuns[] = {{false, false}, {true, false}};
 
 class Utf7Kernels : public test_kernels::StatefulKernelTest {
  protected:
   testing::AssertionResult agrees(std::string_view text) const {
     return agreesFrom(runs, reading, text);
+  }
+
+  testing::AssertionResult agreesEncoding(std::u16string_view units) const {
+    return agreesFrom(writingRuns, writing, test_bytes::hostUnits(units));
   }
 };
 
@@ -128,6 +153,59 @@ TEST_P(Utf7Kernels, DecodeLongTexts) {
     while (text.size() < 40000) text += randomUtf7(random);
     EXPECT_TRUE(agrees(text));
     EXPECT_TRUE(agrees(std::string(below(random, 20), 'a') + "+" + std::string(50000, 'A')));
+  }
+}
+
+// Direct units and others, in runs of up to a few lengths.
+std::u16string randomUnits(Random& random, std::size_t length) {
+  constexpr std::size_t lengths[] = {1, 3, 8, 20, 60};
+  const std::size_t longest = lengths[below(random, std::size(lengths))];
+  constexpr Range ranges[] = {{u'a', 26},     {0x20, 0x60}, {0x80, 0x80}, {0xAC00, 0x2000},
+                              {0x400, 0x100}, {0, 0x10000}, {u'+', 1}};
+  std::u16string units;
+  while (units.size() < length) {
+    const Range& range = ranges[below(random, std::size(ranges))];
+    for (std::size_t i = 1 + below(random, longest); i > 0; --i) {
+      units += static_cast<char16_t>(range.first + below(random, range.count));
+    }
+  }
+  units.resize(length);
+  return units;
+}
+
+TEST_P(Utf7Kernels, EncodeTextOfEachLength) {
+  Random random(3);
+  for (std::size_t length = 0; length <= 150; ++length) {
+    for (int i = 0; i < 40; ++i) ASSERT_TRUE(agreesEncoding(randomUnits(random, length)));
+  }
+}
+
+TEST_P(Utf7Kernels, EncodeEveryUnitBesideDirectOnesAndInARun) {
+  const std::u16string after(20, u'z');
+  const std::u16string more(20, u'\u3042');
+  for (unsigned int unit = 0; unit < 0x10000; unit += unit < 0x180 ? 1 : 0x55) {
+    const auto middle = static_cast<char16_t>(unit);
+    for (const char16_t* before : {u"", u"a", u"\u3042", u"\u3042\u3042", u"\u3042\u3042\u3042"}) {
+      ASSERT_TRUE(agreesEncoding(before + (middle + after)));
+      ASSERT_TRUE(agreesEncoding(before + (middle + more)));
+    }
+  }
+}
+
+TEST_P(Utf7Kernels, EncodeEachDigit) {
+  for (unsigned int value = 0; value < 64; ++value) {
+    const auto unit = static_cast<char16_t>(0x8000 | value << 4 | value >> 2);
+    for (std::size_t count = 1; count < 20; ++count) {
+      ASSERT_TRUE(agreesEncoding(std::u16string(count, unit) + u" and direct text"));
+    }
+  }
+}
+
+TEST_P(Utf7Kernels, EncodeLongTexts) {
+  Random random(4);
+  for (int i = 0; i < 8; ++i) {
+    EXPECT_TRUE(agreesEncoding(randomUnits(random, 20000)));
+    EXPECT_TRUE(agreesEncoding(u"a" + std::u16string(20000 + below(random, 3), u'\u3042')));
   }
 }
 

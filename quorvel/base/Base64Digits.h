@@ -1,10 +1,8 @@
 #pragma once
 
-namespace quorvel {
+#include "quorvel/base/Base64Alphabet.h"
 
-/// The base64 alphabet (RFC 4648, section 4), which UTF-7 shares.
-inline constexpr char base64Digits[] =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+namespace quorvel {
 
 inline constexpr unsigned int noBase64Digit = 64;
 

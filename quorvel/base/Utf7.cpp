@@ -2,14 +2,12 @@
 // high byte first, without padding. "-" ends a run and is absorbed; so does any
 // other character that is no base64 digit, and stands for itself. "+-" is "+".
 
-#include <array>
-#include <cstdint>
 #include <cstring>
-#include <string_view>
 
 #include "quorvel/base/Base64Digits.h"
 #include "quorvel/base/BlockRunner.h"
 #include "quorvel/base/Utf16Unit.h"
+#include "quorvel/base/Utf7Direct.h"
 #include "quorvel/base/Utf8Sequence.h"
 #include "quorvel/base/_qvUtf.h"
 #include "quorvel/base/kernel/Target.h"
@@ -17,26 +15,6 @@
 namespace quorvel {
 
 namespace {
-
-// Set D of the RFC and the white space that rule 3 adds to it.
-constexpr std::array<bool, 128> makeDirectUnits() {
-  std::array<bool, 128> isDirect{};
-  for (unsigned int unit = 0; unit < isDirect.size(); ++unit) {
-    isDirect[unit] = base64DigitValue(unit) < 62;
-  }
-  for (const char unit : std::string_view("'(),-./:? \t\r\n")) {
-    isDirect[static_cast<unsigned int>(unit)] = true;
-  }
-  return isDirect;
-}
-
-constexpr std::array<bool, 128> directUnits = makeDirectUnits();
-
-bool isDirect(unsigned int unit) { return unit < directUnits.size() && directUnits[unit]; }
-
-// In a run eight digits are three units.
-constexpr std::ptrdiff_t digitsPerGroup = 8;
-constexpr std::ptrdiff_t bytesPerGroup = 6;
 
 unsigned char* storeUnit(unsigned int unit, unsigned char* out) {
   const auto value = static_cast<unsigned short>(unit);
@@ -113,23 +91,6 @@ class Decoder {
   unsigned int m_bitCount = 0;
 };
 
-unsigned char* putDigit(std::uint64_t bits, unsigned char* out) {
-  *out++ = static_cast<unsigned char>(base64Digits[bits & 0x3F]);
-  return out;
-}
-
-// Writes the eight digits of three units, or nothing if one of them ends the run.
-bool encodeGroup(const unsigned char* in, unsigned char* out) {
-  std::uint64_t bits = 0;
-  for (std::ptrdiff_t i = 0; i < bytesPerGroup; i += 2) {
-    const unsigned int unit = loadUnit(in + i);
-    if (isDirect(unit)) return false;
-    bits = bits << 16 | unit;
-  }
-  for (int shift = 42; shift >= 0; shift -= 6) out = putDigit(bits >> shift, out);
-  return true;
-}
-
 class Encoder {
  public:
   static constexpr unsigned int mostBytesPerUnit = 4;
@@ -137,23 +98,14 @@ class Encoder {
   // Each unit becomes at most `mostBytesPerUnit` bytes.
   Progress encode(const unsigned char* in, const unsigned char* end, unsigned char* out) {
     while (in != end) {
-      if (m_inRun) {
-        const Progress progress = putUnits(in, end, out);
-        if (progress.in == end) return progress;
+      if (m_bitCount == 0) {
+        const Progress progress = kernel::utf7().fromUtf16(in, end, out, m_run);
         in = progress.in;
-        out = endRun(loadUnit(in), progress.out);
-      }
-      for (; in != end && isDirect(loadUnit(in)); in += 2) {
-        *out++ = static_cast<unsigned char>(loadUnit(in));
+        out = progress.out;
       }
       if (in == end) break;
-      *out++ = '+';
-      if (loadUnit(in) == '+') {
-        *out++ = '-';
-        in += 2;
-      } else {
-        m_inRun = true;
-      }
+      out = step(loadUnit(in), out);
+      in += 2;
     }
     return {in, out};
   }
@@ -161,38 +113,36 @@ class Encoder {
   // Ends the run that the text is in, if it is in one: one byte at the most.
   unsigned char* finish(unsigned char* out) {
     if (m_bitCount) out = putDigit(m_bits << (6 - m_bitCount), out);
-    m_inRun = false;
+    m_run = {};
     m_bitCount = 0;
     return out;
   }
 
  private:
-  Progress putUnits(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-    while (in != end) {
-      while (m_bitCount == 0 && end - in >= bytesPerGroup && encodeGroup(in, out)) {
-        in += bytesPerGroup;
-        out += digitsPerGroup;
-      }
-      if (in == end || isDirect(loadUnit(in))) break;
-      m_bits = m_bits << 16 | loadUnit(in);
-      m_bitCount += 16;
-      in += 2;
-      while (m_bitCount >= 6) {
-        m_bitCount -= 6;
-        out = putDigit(m_bits >> m_bitCount, out);
-      }
+  // The loop leaves only the last units of an input, in a run, and what follows
+  // them in the next.
+  unsigned char* step(unsigned int unit, unsigned char* out) {
+    if (utf7::isDirect(unit)) {
+      out = finish(out);
+      if (utf7::needsHyphen(unit)) *out++ = '-';
+      *out++ = static_cast<unsigned char>(unit);
+      return out;
     }
-    return {in, out};
-  }
-
-  // `next` is the direct unit behind the run.
-  unsigned char* endRun(unsigned int next, unsigned char* out) {
-    out = finish(out);
-    if (next == '-' || base64DigitValue(next) != noBase64Digit) *out++ = '-';
+    m_bits = m_bits << 16 | unit;
+    m_bitCount += 16;
+    while (m_bitCount >= 6) {
+      m_bitCount -= 6;
+      out = putDigit(m_bits >> m_bitCount, out);
+    }
     return out;
   }
 
-  bool m_inRun = false;
+  static unsigned char* putDigit(unsigned int bits, unsigned char* out) {
+    *out++ = static_cast<unsigned char>(base64Digits[bits & 0x3F]);
+    return out;
+  }
+
+  kernel::Utf7Run m_run;
   unsigned int m_bits = 0;
   unsigned int m_bitCount = 0;
 };

@@ -172,11 +172,7 @@ inline Progress writeBlock(const Progress& at, JapaneseSet& set) {
   return {at.in + length, storeStretches(text, changes, kanji, length, at.out)};
 }
 
-}  // namespace
-
-Progress jisToShiftJis(const unsigned char* in, const unsigned char* end, unsigned char* out,
-                       JapaneseSet& set) {
-  Progress at{in, out};
+inline Progress readBlocks(Progress at, const unsigned char* end, JapaneseSet& set) {
   while (end - at.in >= blockLength) {
     if (set == JapaneseSet::kanji) at = readKanji(at, end);
     if (set == JapaneseSet::ascii) at = copyAscii(at, end);
@@ -190,9 +186,7 @@ Progress jisToShiftJis(const unsigned char* in, const unsigned char* end, unsign
   return scalar::jisToShiftJis(at.in, end, at.out, set);
 }
 
-Progress shiftJisToJis(const unsigned char* in, const unsigned char* end, unsigned char* out,
-                       JapaneseSet& set) {
-  Progress at{in, out};
+inline Progress writeBlocks(Progress at, const unsigned char* end, JapaneseSet& set) {
   while (end - at.in >= blockLength + spareInput) {
     const Progress next = writeBlock(at, set);
     if (next.in != at.in) {
@@ -204,6 +198,18 @@ Progress shiftJisToJis(const unsigned char* in, const unsigned char* end, unsign
     if (!isThrough(at, blockEnd)) return at;
   }
   return scalar::shiftJisToJis(at.in, end, at.out, set);
+}
+
+}  // namespace
+
+Progress jisToShiftJis(const unsigned char* in, const unsigned char* end, unsigned char* out,
+                       JapaneseSet& set) {
+  return readBlocks({in, out}, end, set);
+}
+
+Progress shiftJisToJis(const unsigned char* in, const unsigned char* end, unsigned char* out,
+                       JapaneseSet& set) {
+  return writeBlocks({in, out}, end, set);
 }
 
 }  // namespace quorvel::kernel::avx2

@@ -30,7 +30,7 @@ inline std::uint64_t wordAt(const unsigned char* p) {
 // The entry for one of the four 16-bit numbers in a word. These loops wait for
 // loads: to load each number by itself would take a fifth longer.
 template <int index, typename Entry>
-inline int entryOf(const Entry* table, std::uint64_t word) {
+inline Entry entryOf(const Entry* table, std::uint64_t word) {
   return table[word >> 16 * index & 0xFFFF];
 }
 

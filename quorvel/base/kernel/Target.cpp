@@ -21,13 +21,13 @@ constexpr Utf scalarUtf{scalar::utf8ToUtf16, scalar::utf16ToUtf8, scalar::utf16T
                         scalar::utf8ToUtf32, scalar::utf32ToUtf8};
 constexpr Iso2022 scalarIso2022{scalar::jisToShiftJis, scalar::shiftJisToJis, scalar::isoToKsc,
                                 scalar::kscToIso};
-constexpr Utf7 scalarUtf7{scalar::utf7ToUtf16};
+constexpr Utf7 scalarUtf7{scalar::utf7ToUtf16, scalar::utf16ToUtf7};
 #ifdef QUORVEL_WITH_AVX2
 constexpr Utf avx2Utf{avx2::utf8ToUtf16, avx2::utf16ToUtf8, avx2::utf16ToUtf8WithoutPairs,
                       avx2::utf8ToUtf32, avx2::utf32ToUtf8};
 constexpr Iso2022 avx2Iso2022{avx2::jisToShiftJis, avx2::shiftJisToJis, avx2::isoToKsc,
                               avx2::kscToIso};
-constexpr Utf7 avx2Utf7{avx2::utf7ToUtf16};
+constexpr Utf7 avx2Utf7{avx2::utf7ToUtf16, avx2::utf16ToUtf7};
 #endif
 
 constexpr int notChosenYet = -1;

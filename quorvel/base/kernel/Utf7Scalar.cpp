@@ -4,6 +4,8 @@
 #include <cstring>
 
 #include "quorvel/base/Base64Digits.h"
+#include "quorvel/base/Utf16Unit.h"
+#include "quorvel/base/Utf7Direct.h"
 #include "quorvel/base/kernel/AsciiRun.h"
 #include "quorvel/base/kernel/Utf7.h"
 
@@ -95,11 +97,7 @@ bool endRun(Progress& at, const unsigned char* end, Utf7Run& run) {
   return true;
 }
 
-}  // namespace
-
-Progress utf7ToUtf16(const unsigned char* in, const unsigned char* end, unsigned char* out,
-                     Utf7Run& run) {
-  Progress at{in, out};
+Progress decode(Progress at, const unsigned char* end, Utf7Run& run) {
   while (at.in != end) {
     if (!run.isOpen) {
       at = copyDirect(at.in, end, at.out);
@@ -114,6 +112,84 @@ Progress utf7ToUtf16(const unsigned char* in, const unsigned char* end, unsigned
     if (!endRun(at, end, run)) return at;
   }
   return at;
+}
+
+// Writes the first digits of 48 bits.
+unsigned char* putDigits(std::uint64_t bits, int numDigits, unsigned char* out) {
+  for (int i = 0; i < numDigits; ++i, bits <<= 6) {
+    *out++ = static_cast<unsigned char>(base64Digits[bits >> 42 & 0x3F]);
+  }
+  return out;
+}
+
+// Up to three units that belong to a run, and what follows the last of them.
+struct Units {
+  std::uint64_t bits;  // sixteen for each of the three
+  std::ptrdiff_t count;
+};
+
+Units loadUnits(const unsigned char* in, const unsigned char* end) {
+  Units units{0, 0};
+  for (; units.count < 3 && end - in >= 2 && !utf7::isDirect(loadUnit(in));
+       ++units.count, in += 2) {
+    units.bits |= std::uint64_t{loadUnit(in)} << (32 - 16 * units.count);
+  }
+  return units;
+}
+
+// Writes units up to the direct one behind the run, or a multiple of three of them
+// if there is none.
+Progress encodeRun(Progress at, const unsigned char* end, Utf7Run& run) {
+  while (true) {
+    const Units units = loadUnits(at.in, end);
+    const unsigned char* next = at.in + 2 * units.count;
+    if (units.count == 3) {
+      at = {next, putDigits(units.bits, digitsPerGroup, at.out)};
+    } else if (next == end) {
+      return at;
+    } else {
+      at = {next, putDigits(units.bits, static_cast<int>(3 * units.count), at.out)};
+      if (utf7::needsHyphen(loadUnit(next))) *at.out++ = '-';
+      run = {};
+      return at;
+    }
+  }
+}
+
+Progress encodeDirect(Progress at, const unsigned char* end) {
+  for (; at.in != end && utf7::isDirect(loadUnit(at.in)); at.in += 2) {
+    *at.out++ = static_cast<unsigned char>(loadUnit(at.in));
+  }
+  return at;
+}
+
+Progress encode(Progress at, const unsigned char* end, Utf7Run& run) {
+  while (at.in != end) {
+    if (run.isOpen) at = encodeRun(at, end, run);
+    if (run.isOpen) return at;
+    at = encodeDirect(at, end);
+    if (at.in == end) return at;
+    *at.out++ = '+';
+    if (loadUnit(at.in) == '+') {
+      *at.out++ = '-';
+      at.in += 2;
+    } else {
+      run.isOpen = true;
+    }
+  }
+  return at;
+}
+
+}  // namespace
+
+Progress utf7ToUtf16(const unsigned char* in, const unsigned char* end, unsigned char* out,
+                     Utf7Run& run) {
+  return decode({in, out}, end, run);
+}
+
+Progress utf16ToUtf7(const unsigned char* in, const unsigned char* end, unsigned char* out,
+                     Utf7Run& run) {
+  return encode({in, out}, end, run);
 }
 
 }  // namespace quorvel::kernel::scalar
