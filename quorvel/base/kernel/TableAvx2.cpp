@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "quorvel/base/kernel/Avx2.h"
 #include "quorvel/base/kernel/Table.h"
@@ -28,10 +29,11 @@ inline std::uint64_t wordAt(const unsigned char* p) {
 }
 
 // The entry for one of the four 16-bit numbers in a word. These loops wait for
-// loads: to load each number by itself would take a fifth longer.
+// loads: to load each number by itself would take a fifth longer. Signed, as the
+// lanes are that it goes into.
 template <int index, typename Entry>
-inline Entry entryOf(const Entry* table, std::uint64_t word) {
-  return table[word >> 16 * index & 0xFFFF];
+inline std::make_signed_t<Entry> entryOf(const Entry* table, std::uint64_t word) {
+  return static_cast<std::make_signed_t<Entry>>(table[word >> 16 * index & 0xFFFF]);
 }
 
 // The entries for the eight 16-bit numbers at `p`.
