@@ -666,7 +666,7 @@ Case randomPivotCase(Random& random) {
   return c;
 }
 
-TEST(Reference, AgreesOnThePivotInShortBlocks) { expectAgreement(13, 150000, randomPivotCase); }
+TEST(Reference, AgreesOnThePivotInShortBlocks) { expectAgreement(13, 80000, randomPivotCase); }
 
 /// Whether a silent conversion of this case goes through the pivot in blocks.
 bool goesInBlocks(const Case& c) {

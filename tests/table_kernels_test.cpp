@@ -158,6 +158,36 @@ class Runner {
   FencedBytes m_out{1U << 17};
 };
 
+// Tables with what the loops read instead of them.
+
+struct Decoded {
+  explicit Decoded(const HashConvert& of) : table(of), index(pairsToUnitsOf(of)) {}
+
+  const HashConvert& table;
+  std::unique_ptr<kernel::PairsToUnits> index;
+};
+
+struct DecodedBytes {
+  explicit DecodedBytes(const UnicodeLookup& of) : lookup(of), index(bytesToUnitsOf(of)) {}
+
+  const UnicodeLookup& lookup;
+  std::unique_ptr<kernel::BytesToUnits> index;
+};
+
+struct Encoded {
+  explicit Encoded(const HashConvert& of) : table(of) {
+    table.forEachMapping([&](const unsigned char*, const unsigned char*, int length) {
+      isSingleByte = isSingleByte && length == 1;
+    });
+    isSingleByte ? void(bytes = unitsToBytesOf(of)) : void(pairs = unitsToPairsOf(of));
+  }
+
+  const HashConvert& table;
+  bool isSingleByte = true;
+  std::unique_ptr<kernel::UnitsToBytes> bytes;
+  std::unique_ptr<kernel::UnitsToPairs> pairs;
+};
+
 class TableKernels : public testing::TestWithParam<Target> {
  protected:
   void SetUp() override {
@@ -168,11 +198,10 @@ class TableKernels : public testing::TestWithParam<Target> {
 
   // Each of these also looks at what follows a stop.
 
-  void decodePairs(const HashConvert& table, std::string_view text, std::size_t stop) const {
-    const auto index = pairsToUnitsOf(table);
-    const auto run = [&](auto... where) { return loops().pairsToUnits(*index, where...); };
+  void decodePairs(const Decoded& decoded, std::string_view text, std::size_t stop) const {
+    const auto run = [&](auto... where) { return loops().pairsToUnits(*decoded.index, where...); };
     while (true) {
-      const Moved expected = decodedByProbes(table, text, stop);
+      const Moved expected = decodedByProbes(decoded.table, text, stop);
       ASSERT_TRUE(m_runner.agrees(run, text, stop, 2 * stop, expected));
       if (expected.consumed >= stop) break;
       text.remove_prefix(expected.consumed + 1);
@@ -180,17 +209,15 @@ class TableKernels : public testing::TestWithParam<Target> {
     }
   }
 
-  void encode(const HashConvert& table, std::string_view text) const {
-    const auto bytes = unitsToBytesOf(table);
-    const auto pairs = unitsToPairsOf(table);
-    const bool isSingleByte = hasSingleBytesOnly(table);
+  void encode(const Encoded& encoded, std::string_view text) const {
+    const bool isSingleByte = encoded.isSingleByte;
     const auto run = [&](const unsigned char* in, const unsigned char*, const unsigned char* end,
                          unsigned char* out) {
-      return isSingleByte ? loops().unitsToBytes(*bytes, in, end, out)
-                          : loops().unitsToPairs(*pairs, in, end, out);
+      return isSingleByte ? loops().unitsToBytes(*encoded.bytes, in, end, out)
+                          : loops().unitsToPairs(*encoded.pairs, in, end, out);
     };
     while (true) {
-      const Moved expected = encodedByProbes(table, text);
+      const Moved expected = encodedByProbes(encoded.table, text);
       const std::size_t units = text.size() / 2;
       ASSERT_TRUE(
           m_runner.agrees(run, text, text.size(), isSingleByte ? units : 2 * units, expected));
@@ -199,12 +226,13 @@ class TableKernels : public testing::TestWithParam<Target> {
     }
   }
 
-  void decodeBytes(const UnicodeLookup& lookup, std::string_view text) const {
-    const auto index = bytesToUnitsOf(lookup);
+  void decodeBytes(const DecodedBytes& decoded, std::string_view text) const {
     const auto run = [&](const unsigned char* in, const unsigned char*, const unsigned char* end,
-                         unsigned char* out) { return loops().bytesToUnits(*index, in, end, out); };
+                         unsigned char* out) {
+      return loops().bytesToUnits(*decoded.index, in, end, out);
+    };
     while (true) {
-      const Moved expected = decodedByLookup(lookup, text);
+      const Moved expected = decodedByLookup(decoded.lookup, text);
       ASSERT_TRUE(m_runner.agrees(run, text, text.size(), 2 * text.size(), expected));
       if (expected.consumed == text.size()) break;
       text.remove_prefix(expected.consumed + 1);
@@ -212,13 +240,6 @@ class TableKernels : public testing::TestWithParam<Target> {
   }
 
  private:
-  static bool hasSingleBytesOnly(const HashConvert& table) {
-    bool all = true;
-    table.forEachMapping(
-        [&](const unsigned char*, const unsigned char*, int length) { all = all && length == 1; });
-    return all;
-  }
-
   Runner m_runner;
 };
 
@@ -240,47 +261,72 @@ void forEachPage(const Test& test) {
   }
 }
 
+template <typename Test>
+void forEachMultiBytePage(const Test& test) {
+  forEachPage([&](const ToUnicodeTable& table, const FromUnicodeTable&) {
+    if (table.hash) test(Decoded(*table.hash));
+  });
+}
+
+template <typename Test>
+void forEachSingleBytePage(const Test& test) {
+  forEachPage([&](const ToUnicodeTable& table, const FromUnicodeTable&) {
+    if (table.lookup) test(DecodedBytes(*table.lookup));
+  });
+}
+
 constexpr std::size_t lengths[] = {0,  1,  2,  15, 16,  17,  31,  32,  33,  63,   64,
                                    65, 66, 67, 95, 127, 128, 129, 130, 191, 1500, 5000};
 constexpr unsigned int strayRates[] = {0, 2, 50, 500};
 
-TEST_P(TableKernels, DecodeTextOfEachPageAsItsTableSays) {
-  Random random(1);
-  forEachPage([&](const ToUnicodeTable& table, const FromUnicodeTable&) {
-    for (const std::size_t length : lengths) {
-      for (const unsigned int strays : strayRates) {
-        if (table.lookup) {
-          const Pieces bytes = {"\x80", "\xC4", "\xE9", "\xF0", "\xFE", "\x9F", "\xA4", "\x41"};
-          decodeBytes(*table.lookup, textOf(bytes, 1, strays, length, random));
-        } else {
-          const std::string text = textOf(keysOf(*table.hash), 1, strays, length, random);
-          decodePairs(*table.hash, text, text.size());
-          decodePairs(*table.hash, text, text.size() - std::min<std::size_t>(text.size(), 1));
-          decodePairs(*table.hash, text, text.size() / 2);
-        }
-        if (HasFatalFailure()) return;
-      }
+// Calls `test(length, strays)`.
+template <typename Test>
+void forEachKindOfText(const Test& test) {
+  for (const std::size_t length : lengths) {
+    for (const unsigned int strays : strayRates) {
+      test(length, strays);
+      if (testing::Test::HasFatalFailure()) return;
     }
+  }
+}
+
+TEST_P(TableKernels, DecodeTextOfEachMultiBytePageAsItsTableSays) {
+  Random random(1);
+  forEachMultiBytePage([&](const Decoded& decoded) {
+    const Pieces pairs = keysOf(decoded.table);
+    forEachKindOfText([&](std::size_t length, unsigned int strays) {
+      const std::string text = textOf(pairs, 1, strays, length, random);
+      decodePairs(decoded, text, text.size());
+      decodePairs(decoded, text, text.size() - std::min<std::size_t>(text.size(), 1));
+      decodePairs(decoded, text, text.size() / 2);
+    });
+  });
+}
+
+TEST_P(TableKernels, DecodeTextOfEachSingleBytePageAsItsTableSays) {
+  Random random(6);
+  const Pieces bytes = {"\x80", "\xC4", "\xE9", "\xF0", "\xFE", "\x9F", "\xA4", "\x41"};
+  forEachSingleBytePage([&](const DecodedBytes& decoded) {
+    forEachKindOfText([&](std::size_t length, unsigned int strays) {
+      decodeBytes(decoded, textOf(bytes, 1, strays, length, random));
+    });
   });
 }
 
 TEST_P(TableKernels, EncodeTextOfEachPageAsItsTableSays) {
   Random random(2);
   forEachPage([&](const ToUnicodeTable&, const FromUnicodeTable& table) {
-    const Pieces units = keysOf(*table.hash);
-    for (const std::size_t length : lengths) {
-      for (const unsigned int strays : strayRates) {
-        encode(*table.hash, textOf(units, 2, strays, length, random));
-        if (HasFatalFailure()) return;
-      }
-    }
+    const Encoded encoded(*table.hash);
+    const Pieces units = keysOf(encoded.table);
+    forEachKindOfText([&](std::size_t length, unsigned int strays) {
+      encode(encoded, textOf(units, 2, strays, length, random));
+    });
   });
 }
 
 TEST_P(TableKernels, TellEveryPairOfEachPageInsideABlock) {
   Random random(3);
-  forEachPage([&](const ToUnicodeTable& table, const FromUnicodeTable&) {
-    if (!table.hash) return;
+  forEachMultiBytePage([&](const Decoded& decoded) {
     std::string text;
     for (int lead = 0x80; lead < 0x100; ++lead) {
       for (int trail = 0; trail < 0x100; ++trail) {
@@ -288,7 +334,7 @@ TEST_P(TableKernels, TellEveryPairOfEachPageInsideABlock) {
         text += static_cast<char>(trail);
         if (below(random, 4) == 0) text.append(below(random, 4), 'x');
         if (text.size() < 2000) continue;
-        decodePairs(*table.hash, text, text.size());
+        decodePairs(decoded, text, text.size());
         if (HasFatalFailure()) return;
         text.clear();
       }
@@ -297,12 +343,11 @@ TEST_P(TableKernels, TellEveryPairOfEachPageInsideABlock) {
 }
 
 TEST_P(TableKernels, TellEveryByteOfEachPageAtEachPlace) {
-  forEachPage([&](const ToUnicodeTable& table, const FromUnicodeTable&) {
-    if (!table.lookup) return;
+  forEachSingleBytePage([&](const DecodedBytes& decoded) {
     for (std::size_t place = 0; place < 70; ++place) {
       std::string text(place, 'a');
       for (int byte = 0; byte < 0x100; ++byte) text += static_cast<char>(byte);
-      decodeBytes(*table.lookup, text);
+      decodeBytes(decoded, text);
       if (HasFatalFailure()) return;
     }
   });
@@ -317,9 +362,10 @@ TEST_P(TableKernels, TellEveryUnitOfEachPage) {
   // A stop costs the rest of a piece, so that pieces are short.
   constexpr std::size_t piece = 128;
   forEachPage([&](const ToUnicodeTable&, const FromUnicodeTable& table) {
-    const unsigned int step = table.bytes ? 7 : 1;
-    for (std::size_t at = 0; at < units.size(); at += step * piece) {
-      encode(*table.hash, std::string_view(units).substr(at, piece));
+    const Encoded encoded(*table.hash);
+    const std::size_t step = encoded.isSingleByte ? 7 * piece : piece;
+    for (std::size_t at = 0; at < units.size(); at += step) {
+      encode(encoded, std::string_view(units).substr(at, piece));
       if (HasFatalFailure()) return;
     }
   });
@@ -335,11 +381,12 @@ TEST_P(TableKernels, KnowLeadsInMoreThanTwoRanges) {
   table->m_byteToUnicode[0xA0] = 0x1234;
   table->m_byteToUnicode[0xC1] = 0x1235;
   Random random(4);
+  const Decoded decoded(*table);
   const Pieces pieces = {"\x81\x41", "\x90\x41", "\xA5\xA5", "\xC0\xC0",
                          "\xFF\xFF", "\xA0",     "\xC1"};
   for (int i = 0; i < 300; ++i) {
     const std::string text = textOf(pieces, 1, i % 20, 200 + below(random, 200), random);
-    decodePairs(*table, text, text.size());
+    decodePairs(decoded, text, text.size());
     if (HasFatalFailure()) return;
   }
 }
@@ -349,21 +396,22 @@ TEST_P(TableKernels, KnowLeadsBelow80WhereAsciiIsInTheTable) {
   for (unsigned int byte = 0x20; byte < 0x7F; ++byte) {
     table->m_byteToUnicode[byte] = static_cast<unsigned short>(byte + 1);
   }
+  const Decoded decoded(*table);
   Random random(5);
   for (int i = 0; i < 300; ++i) {
     const std::string text = textOf({"AB", "A", "BA", "\x81\x41", std::string("\0\1", 2)}, 1,
                                     i % 20, 100 + below(random, 200), random);
-    decodePairs(*table, text, text.size());
+    decodePairs(decoded, text, text.size());
     if (HasFatalFailure()) return;
   }
 }
 
 TEST_P(TableKernels, StopAtOnceWhenNothingIsMapped) {
   const auto table = quorvel_test::emptyTable(1);
-  decodePairs(*table, std::string(100, '\x81'), 100);
-  encode(*table, std::string(200, 'a'));
+  decodePairs(Decoded(*table), std::string(100, '\x81'), 100);
+  encode(Encoded(*table), std::string(200, 'a'));
   const std::unique_ptr<UnicodeLookup> lookup(UnicodeLookup::createNewObject());
-  decodeBytes(*lookup, std::string(100, 'a'));
+  decodeBytes(DecodedBytes(*lookup), std::string(100, 'a'));
 }
 
 TEST_P(TableKernels, TakeTheByte00ForU0000) {
@@ -373,7 +421,7 @@ TEST_P(TableKernels, TakeTheByte00ForU0000) {
   }
   std::string text(100, 'a');
   text[40] = '\0';
-  decodeBytes(*lookup, text);
+  decodeBytes(DecodedBytes(*lookup), text);
   EXPECT_EQ(bytesToUnitsOf(*lookup)->units[0], 0);
 }
 

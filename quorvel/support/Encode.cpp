@@ -74,10 +74,23 @@ void handleUnmapped(EncodingConvert& converter, const unsigned char* unit, DataB
   }
 }
 
-// `loop` encodes what `table` maps, a unit in at most `mostBytes` bytes. Where a
-// marker ends what `loop` is good for, the text goes no further.
+// The unit at `in`, in front of which a loop has stopped. False when memory ran
+// out.
+bool encodeOne(EncodingConvert& converter, const HashConvert& table, const unsigned char* in,
+               bool& isWhole, DataBuffer& out, LogBase& log) {
+  unsigned char bytes[HashConvert::mostValueBytes];
+  const Progress progress = encodeOneUnit(table, in, bytes);
+  if (progress.in != in) return out.append(bytes, static_cast<unsigned int>(progress.out - bytes));
+  converter.m_hadError = true;
+  isWhole = false;
+  handleUnmapped(converter, in, out, log);
+  return true;
+}
+
 enum class AtMarker { copyRawBytes, stop };
 
+// `loop` encodes what `table` maps, a unit in at most `mostBytes` bytes. Where a
+// marker ends what `loop` is good for, the text goes no further.
 template <typename Loop>
 Encoded encodeText(EncodingConvert& converter, const HashConvert& table, const Loop& loop,
                    unsigned int mostBytes, AtMarker atMarker, const UnitsPart& part,
@@ -85,8 +98,9 @@ Encoded encodeText(EncodingConvert& converter, const HashConvert& table, const L
   bool isWhole = true;
   for (const unsigned char* in = part.in;;) {
     in = runInBlocks(loop, in, part.end, mostBytes, out);
+    if (!in) return {nullptr, false};
     const std::ptrdiff_t left = part.end - in;
-    if (!in || left < 2) return {in, isWhole};
+    if (left < 2) return {in, isWhole};
     // The flag is asked anew for every unit: a nested conversion may clear it.
     if (converter.m_honorPassthroughMarkers && isMarker(in)) {
       if (!part.isLast && left < mostMarkedBytes) return {in, isWhole};
@@ -97,16 +111,7 @@ Encoded encodeText(EncodingConvert& converter, const HashConvert& table, const L
         continue;
       }
     }
-    unsigned char bytes[HashConvert::mostValueBytes];
-    const Progress progress = encodeOneUnit(table, in, bytes);
-    if (progress.in != in) {
-      if (!out.append(bytes, static_cast<unsigned int>(progress.out - bytes)))
-        return {nullptr, false};
-    } else {
-      converter.m_hadError = true;
-      isWhole = false;
-      handleUnmapped(converter, in, out, log);
-    }
+    if (!encodeOne(converter, table, in, isWhole, out, log)) return {nullptr, false};
     in += 2;
   }
 }

@@ -60,7 +60,8 @@ class GuardedBytes {
  public:
   explicit GuardedBytes(std::size_t most = 4096)
       : m_readable((most + page() - 1) / page() * page()), m_mapping(m_readable + 2 * page()) {
-    if (mprotect(start(), m_readable, PROT_READ | PROT_WRITE) != 0)
+    // Emulators refuse an empty range.
+    if (m_readable != 0 && mprotect(start(), m_readable, PROT_READ | PROT_WRITE) != 0)
       throw std::runtime_error("mprotect");
   }
 

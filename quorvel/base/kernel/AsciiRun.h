@@ -33,15 +33,19 @@ inline unsigned int countBeforeHighBit(std::uint64_t bytes) {
 /// How many of the eight bytes at `in` are ASCII before the first that is not.
 inline unsigned int countAscii(const unsigned char* in) { return countBeforeHighBit(loadRun(in)); }
 
+/// The four bytes at `in` as four units, in memory each with a zero byte behind it.
+inline std::uint64_t widenFour(const unsigned char* in) {
+  std::uint32_t bytes = 0;
+  std::memcpy(&bytes, in, sizeof bytes);
+  std::uint64_t units = bytes;
+  units = (units | units << 16) & 0x0000FFFF0000FFFFU;
+  units = (units | units << 8) & 0x00FF00FF00FF00FFU;
+  return std::endian::native == std::endian::little ? units : units << 8;
+}
+
 /// Writes each of the eight bytes at `in` with a zero byte behind it.
 inline void widenRun(const unsigned char* in, unsigned char* out) {
-  unsigned char bytes[runLength];
-  unsigned char units[2 * runLength];
-  std::memcpy(bytes, in, sizeof bytes);
-  for (std::ptrdiff_t i = 0; i < runLength; ++i) {
-    units[2 * i] = bytes[i];
-    units[2 * i + 1] = 0;
-  }
+  const std::uint64_t units[2] = {widenFour(in), widenFour(in + 4)};
   std::memcpy(out, units, sizeof units);
 }
 

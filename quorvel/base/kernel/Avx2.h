@@ -3,6 +3,7 @@
 #include <immintrin.h>
 
 #include <cstddef>
+#include <cstdint>
 
 /// What the AVX2 kernels share. Only their files include this, and they include
 /// no inline function that others use: a copy of it made with AVX2 might be the
@@ -77,6 +78,19 @@ constexpr Shuffles makeOneOrTwo() {
 }
 
 inline constexpr Shuffles oneOrTwo = makeOneOrTwo();
+
+/// The even places of a mask.
+inline constexpr std::uint64_t evenBits = 0x5555555555555555U;
+
+/// Every other byte of each run of `bits`, from its first on: where runs are of
+/// what may begin a pair, and all that begins outside one is alone, the leads.
+/// Adding the beginnings of runs at even places carries through these, and only
+/// these.
+inline std::uint64_t leadsOf(std::uint64_t bits) {
+  const std::uint64_t starts = bits & ~(bits << 1);
+  const std::uint64_t fromEven = bits & ~(bits + (starts & evenBits));
+  return (fromEven & evenBits) | (bits & ~fromEven & ~evenBits);
+}
 
 inline __m128i lowHalf(__m256i bytes) { return _mm256_castsi256_si128(bytes); }
 inline __m128i highHalf(__m256i bytes) { return _mm256_extracti128_si256(bytes, 1); }

@@ -13,8 +13,6 @@ namespace quorvel::kernel::avx2 {
 inline constexpr std::ptrdiff_t blockLength = 64;
 inline constexpr std::ptrdiff_t halfLength = blockLength / 2;
 
-/// The even places of a mask.
-inline constexpr std::uint64_t evenBits = 0x5555555555555555U;
 inline constexpr std::uint64_t lastBit = std::uint64_t{1} << 63;
 
 struct Block {
@@ -65,14 +63,6 @@ inline __m256i bytesOf(unsigned int mask) {
   const __m256i bit = _mm256_set1_epi64x(static_cast<long long>(0x8040201008040201U));
   const __m256i spread = _mm256_shuffle_epi8(_mm256_set1_epi32(static_cast<int>(mask)), place);
   return _mm256_cmpeq_epi8(_mm256_and_si256(spread, bit), bit);
-}
-
-/// Every other byte of each run of `bits`, from its first on: where runs are of
-/// what may begin a pair, and all that begins outside one is alone, the leads.
-inline std::uint64_t leadsOf(std::uint64_t bits) {
-  const std::uint64_t starts = bits & ~(bits << 1);
-  const std::uint64_t fromEven = bits & ~(bits + (starts & evenBits));
-  return (fromEven & evenBits) | (bits & ~fromEven & ~evenBits);
 }
 
 inline int countBits(std::uint64_t bits) { return static_cast<int>(_mm_popcnt_u64(bits)); }

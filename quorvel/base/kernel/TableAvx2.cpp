@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "quorvel/base/kernel/Avx2.h"
 #include "quorvel/base/kernel/Table.h"
@@ -28,10 +29,11 @@ inline std::uint64_t wordAt(const unsigned char* p) {
 }
 
 // The entry for one of the four 16-bit numbers in a word. These loops wait for
-// loads: to load each number by itself would take a fifth longer.
+// loads: to load each number by itself would take a fifth longer. Signed, as the
+// lanes are that it goes into.
 template <int index, typename Entry>
-inline int entryOf(const Entry* table, std::uint64_t word) {
-  return table[word >> 16 * index & 0xFFFF];
+inline std::make_signed_t<Entry> entryOf(const Entry* table, std::uint64_t word) {
+  return static_cast<std::make_signed_t<Entry>>(table[word >> 16 * index & 0xFFFF]);
 }
 
 // The entries for the eight 16-bit numbers at `p`.
@@ -271,17 +273,6 @@ inline std::uint64_t mayLead(const PairsToUnits& table, const unsigned char* in)
   return bits;
 }
 
-// Which of 64 bytes lead, when a character begins with the first. Behind a byte
-// that cannot lead a character always begins, so in each run of bytes that can
-// every second one does, the first included: adding the beginnings of runs at
-// even places carries through these runs, and only these.
-inline std::uint64_t leadsAmong(std::uint64_t canLead) {
-  constexpr std::uint64_t even = 0x5555555555555555;
-  const std::uint64_t begins = canLead & ~(canLead << 1);
-  const std::uint64_t fromEven = canLead & ~(canLead + (begins & even));
-  return (fromEven & even) | (canLead & ~fromEven & ~even);
-}
-
 inline unsigned char* storeNumbers(__m128i numbers, unsigned int kept, unsigned char* out) {
   kept &= 0xFF;
   store(_mm_shuffle_epi8(numbers, keepers[kept]), out);
@@ -302,12 +293,15 @@ inline unsigned char* storeNumbers(const unsigned char* in, unsigned int kept, u
   return storeNumbers(highHalf(odd), kept >> 24, out);
 }
 
+// Behind a byte that cannot lead a character always begins, so in each run of
+// bytes that can every second one does, the first included.
+//
 // Takes `blocks` blocks, fewer in front of one that is all ASCII, and with the
 // last one's last byte the byte behind it if that byte is a lead.
 inline Progress findCharacters(const PairsToUnits& table, const unsigned char* in,
                                std::ptrdiff_t blocks, unsigned char* out) {
   for (; blocks > 0 && !isAsciiBlock(in); --blocks) {
-    const std::uint64_t leads = leadsAmong(mayLead(table, in));
+    const std::uint64_t leads = leadsOf(mayLead(table, in));
     const std::uint64_t kept = ~(leads << 1);
     out = storeNumbers(in, static_cast<unsigned int>(kept), out);
     out = storeNumbers(in + blockLength / 2, static_cast<unsigned int>(kept >> 32), out);
