@@ -123,7 +123,8 @@ void appendSubstitution(const EncodingConvert& converter, DataBuffer& out) {
 
 void appendHexReference(const unsigned char* bytes, unsigned int count, DataBuffer& out) {
   constexpr char opening[] = {'&', '#', 'x'};
-  const unsigned int length = sizeof opening + 2 * count + 1;
+  constexpr unsigned int around = sizeof opening + 1;
+  const unsigned int length = around + 2 * count;
   unsigned char* room = out.growBy(length);
   if (!room) return;
   unsigned char* end =
