@@ -10,8 +10,8 @@ namespace quorvel {
 
 namespace {
 
-// The ranges that cover the bytes that are set in `isLead`, all of one sort: below
-// the first byte between them that is not, and behind it.
+// Two ranges that together cover all leads: up to the first gap between them, and
+// all behind it.
 void coverLeads(kernel::PairsToUnits& index) {
   const bool* const begin = std::begin(index.isLead);
   const bool* const end = std::end(index.isLead);
