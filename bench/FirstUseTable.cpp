@@ -17,7 +17,7 @@
 #include "Markdown.h"
 #include "Tables.h"
 #include "quorvel/base/NullLog.h"
-#include "quorvel/support/CodePages.h"
+#include "quorvel/pages/CodePages.hpp"
 #include "quorvel/support/EncodingConvert.h"
 
 namespace quorvel::bench {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/base/kernel/Target.h"
+#include "quorvel/kernel/Target.hpp"
 
 namespace quorvel::bench {
 

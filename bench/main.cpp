@@ -12,7 +12,7 @@
 #include "Options.h"
 #include "Tables.h"
 #include "Timing.h"
-#include "quorvel/base/kernel/Target.h"
+#include "quorvel/kernel/Target.hpp"
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 #include <limits>
 
-#include "quorvel/base/Japanese.h"
-#include "quorvel/base/Korean.h"
 #include "quorvel/base/NullLog.h"
-#include "quorvel/support/CodePageNumbers.h"
+#include "quorvel/pages/CodePageNumbers.hpp"
+#include "quorvel/unicode/Japanese.h"
+#include "quorvel/unicode/Korean.h"
 
 namespace qvconv {
 

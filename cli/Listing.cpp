@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "quorvel/base/CharsetNaming.h"
+#include "quorvel/names/CharsetNaming.h"
 
 namespace qvconv {
 

@@ -3,7 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/Listing.h"
-#include "quorvel/base/CharsetNaming.h"
+#include "quorvel/names/CharsetNaming.h"
 
 namespace qvconv {
 

@@ -5,10 +5,10 @@
 
 #include "cli/Iso2022.h"
 #include "quorvel/base/NullLog.h"
-#include "quorvel/base/_qvUtf.h"
 #include "quorvel/base/qvHelpers.h"
-#include "quorvel/support/CodePageNumbers.h"
+#include "quorvel/pages/CodePageNumbers.hpp"
 #include "quorvel/support/EncodingConvert.h"
+#include "quorvel/unicode/_qvUtf.h"
 
 namespace qvconv {
 

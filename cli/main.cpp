@@ -8,7 +8,7 @@
 #include "cli/Files.h"
 #include "cli/Options.h"
 #include "cli/Plan.h"
-#include "quorvel/base/OneLine.h"
+#include "quorvel/base/OneLine.hpp"
 
 namespace qvconv {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "quorvel/base/ContentCoding.h"
+#include "quorvel/pages/ContentCoding.h"
 #include "tests/helpers/Bytes.h"
 #include "tests/helpers/Memory.h"
 

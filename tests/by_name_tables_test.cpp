@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "quorvel/base/Psdk.h"
 #include "quorvel/base/StringBuffer.h"
+#include "quorvel/names/Psdk.h"
 #include "tests/support/Conversion.h"
 #include "tests/support/RecordingLog.h"
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
-#include "quorvel/base/Psdk.h"
 #include "quorvel/base/StringBuffer.h"
+#include "quorvel/names/Psdk.h"
 #include "tests/support/Conversion.h"
 #include "tests/support/RecordingLog.h"
 

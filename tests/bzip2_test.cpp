@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "quorvel/base/QuorvelBzip2.h"
 #include "quorvel/base/StringBuffer.h"
 #include "quorvel/base/TextLog.h"
+#include "quorvel/pages/QuorvelBzip2.h"
 #include "tests/helpers/Bytes.h"
 #include "tests/helpers/Memory.h"
 

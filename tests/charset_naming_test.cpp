@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "quorvel/base/CharsetNaming.h"
+#include "quorvel/names/CharsetNaming.h"
 
 namespace quorvel {
 namespace {
@@ -58,7 +58,7 @@ const std::map<Kind, std::vector<int>>& pagesByKind() {
   static const std::map<Kind, std::vector<int>> pages = [] {
     std::map<Kind, std::vector<int>> found;
 #define QUORVEL_CODE_PAGE(number, kind, table, title, names) found[Kind::kind].push_back(number);
-#include "quorvel/base/CodePages.def"
+#include "codepages/CodePages.def"
     return found;
   }();
   return pages;

@@ -6,10 +6,10 @@
 #include <string_view>
 
 #include "cli/Plan.h"
-#include "quorvel/base/CharsetNaming.h"
 #include "quorvel/base/DataBuffer.h"
 #include "quorvel/base/NullLog.h"
-#include "quorvel/support/CodePageNumbers.h"
+#include "quorvel/names/CharsetNaming.h"
+#include "quorvel/pages/CodePageNumbers.hpp"
 #include "quorvel/support/EncodingConvert.h"
 
 namespace {

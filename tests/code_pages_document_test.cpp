@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "quorvel/base/CharsetNaming.h"
-#include "quorvel/support/CodePages.h"
+#include "quorvel/names/CharsetNaming.h"
+#include "quorvel/pages/CodePages.hpp"
 
 namespace {
 

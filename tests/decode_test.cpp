@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
+#include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/TableRegistry.h"
 #include "tests/support/Conversion.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TableRoutes.h"

@@ -6,7 +6,7 @@
 
 #include "quorvel/base/StringBuffer.h"
 #include "quorvel/base/TextLog.h"
-#include "quorvel/base/_qvUtf.h"
+#include "quorvel/unicode/_qvUtf.h"
 #include "tests/helpers/Bytes.h"
 #include "tests/helpers/Memory.h"
 #include "tests/reference/Utf8Reference.h"

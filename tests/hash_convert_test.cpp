@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/base/HashConvert.h"
+#include "quorvel/pages/HashConvert.h"
 #include "tests/helpers/Memory.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/Tables.h"

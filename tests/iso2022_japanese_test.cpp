@@ -8,8 +8,8 @@
 #include <thread>
 #include <vector>
 
-#include "quorvel/base/Japanese.h"
 #include "quorvel/base/NullLog.h"
+#include "quorvel/unicode/Japanese.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/base/Japanese.h"
-#include "quorvel/base/Korean.h"
 #include "quorvel/base/NullLog.h"
+#include "quorvel/unicode/Japanese.h"
+#include "quorvel/unicode/Korean.h"
 #include "tests/helpers/Bytes.h"
 #include "tests/helpers/RandomText.h"
 #include "tests/helpers/StatefulKernels.h"

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "quorvel/base/Korean.h"
+#include "quorvel/unicode/Korean.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "quorvel/base/Psdk.h"
 #include "quorvel/base/StringBuffer.h"
+#include "quorvel/names/Psdk.h"
 #include "tests/support/Conversion.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/ThrowingSink.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "quorvel/support/MacArabic.h"
+#include "quorvel/pages/MacArabic.hpp"
 #include "tests/support/Hex.h"
 
 namespace {

@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "quorvel/base/ContentCoding.h"
-#include "quorvel/base/QuorvelBzip2.h"
-#include "quorvel/base/SjisLastBlock.h"
-#include "quorvel/support/PackedTables.h"
+#include "quorvel/pages/ContentCoding.h"
+#include "quorvel/pages/PackedTables.hpp"
+#include "quorvel/pages/QuorvelBzip2.h"
+#include "quorvel/pages/SjisLastBlock.hpp"
 #include "tests/CodePageFile.h"
 
 namespace {

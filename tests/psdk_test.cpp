@@ -1,4 +1,4 @@
-#include "quorvel/base/Psdk.h"
+#include "quorvel/names/Psdk.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "quorvel/base/LocaleCodePages.h"
+#include "quorvel/names/LocaleCodePages.hpp"
 
 namespace quorvel {
 namespace {

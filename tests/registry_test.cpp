@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/base/Japanese.h"
+#include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/TableRegistry.h"
+#include "quorvel/unicode/Japanese.h"
 #include "tests/reference/Converter.h"
 #include "tests/support/Conversion.h"
 #include "tests/support/RecordingLog.h"

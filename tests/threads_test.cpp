@@ -8,9 +8,9 @@
 #include <thread>
 #include <vector>
 
-#include "quorvel/base/CharsetNaming.h"
+#include "quorvel/names/CharsetNaming.h"
+#include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/TableRegistry.h"
 #include "tests/reference/Converter.h"
 #include "tests/support/Conversion.h"
 

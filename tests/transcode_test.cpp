@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "quorvel/base/_qvUtf.h"
+#include "quorvel/unicode/_qvUtf.h"
 #include "tests/support/Conversion.h"
 #include "tests/support/RecordingLog.h"
 

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "quorvel/base/UnicodeLookup.h"
+#include "quorvel/pages/UnicodeLookup.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/Tables.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/base/_qvUtf.h"
+#include "quorvel/unicode/_qvUtf.h"
 #include "tests/helpers/Bytes.h"
 #include "tests/helpers/RandomText.h"
 #include "tests/helpers/StatefulKernels.h"

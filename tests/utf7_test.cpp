@@ -3,7 +3,7 @@
 #include <random>
 #include <string>
 
-#include "quorvel/base/_qvUtf.h"
+#include "quorvel/unicode/_qvUtf.h"
 #include "tests/helpers/Bytes.h"
 #include "tests/helpers/Memory.h"
 #include "tests/reference/Utf7Reference.h"

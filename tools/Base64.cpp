@@ -1,6 +1,6 @@
 #include "tools/Base64.h"
 
-#include "quorvel/base/Base64Digits.h"
+#include "quorvel/kernel/Base64Digits.hpp"
 
 namespace pack {
 

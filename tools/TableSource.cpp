@@ -68,7 +68,7 @@ std::string tablesHeader(const std::vector<PackedTable>& tables) {
 
 std::string tablesSource(const std::vector<PackedTable>& tables) {
   std::string text =
-      "#include \"quorvel/support/PackedTables.h\"\n\n"
+      "#include \"quorvel/pages/PackedTables.hpp\"\n\n"
       "namespace quorvel {\n";
   for (const PackedTable& table : tables) {
     text += '\n';
@@ -78,7 +78,7 @@ std::string tablesSource(const std::vector<PackedTable>& tables) {
 }
 
 std::string lastBlockSource(const std::string& text) {
-  return "#include \"quorvel/base/SjisLastBlock.h\"\n\n"
+  return "#include \"quorvel/pages/SjisLastBlock.hpp\"\n\n"
          "namespace quorvel {\n\n" +
          constant("sjisLastBlockText", text) + "\n}  // namespace quorvel\n";
 }

@@ -36,7 +36,7 @@ void packAll(const fs::path& codepages, const fs::path& output) {
   const pack::InputFile lastBlock(codepages / "iso2022jp-last-block.txt");
   const std::string lastBlockText = pack::encodeBase64(pack::packLastBlock(lastBlock));
   const std::vector<pack::PackedTable> tables = pack::packTables(codepages);
-  writeFile(output / "quorvel/support/PackedTables.h", pack::tablesHeader(tables));
+  writeFile(output / "quorvel/pages/PackedTables.hpp", pack::tablesHeader(tables));
   writeFile(output / "PackedTables.cpp", pack::tablesSource(tables));
   writeFile(output / "SjisLastBlock.cpp", pack::lastBlockSource(lastBlockText));
 }

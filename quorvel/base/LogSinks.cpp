@@ -2,7 +2,7 @@
 
 #include "quorvel/base/IndentedLog.h"
 #include "quorvel/base/LogBase.h"
-#include "quorvel/base/OneLine.h"
+#include "quorvel/base/OneLine.hpp"
 #include "quorvel/base/StreamLog.h"
 #include "quorvel/base/StringBuffer.h"
 #include "quorvel/base/TextLog.h"

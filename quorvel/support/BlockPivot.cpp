@@ -1,18 +1,18 @@
-#include "quorvel/support/BlockPivot.h"
+#include "quorvel/support/BlockPivot.hpp"
 
 #include <algorithm>
 #include <cstddef>
 #include <limits>
 
-#include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/InLogContext.h"
-#include "quorvel/support/CodePageNumbers.h"
-#include "quorvel/support/CodePages.h"
+#include "quorvel/base/BlockRunner.hpp"
+#include "quorvel/base/InLogContext.hpp"
+#include "quorvel/pages/CodePageNumbers.hpp"
+#include "quorvel/pages/CodePages.hpp"
+#include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/ErrorPolicy.h"
-#include "quorvel/support/MarkerFlags.h"
-#include "quorvel/support/Steps.h"
-#include "quorvel/support/TableRegistry.h"
+#include "quorvel/support/ErrorPolicy.hpp"
+#include "quorvel/support/MarkerFlags.hpp"
+#include "quorvel/support/Steps.hpp"
 
 namespace quorvel {
 

@@ -6,9 +6,9 @@
 
 #include <algorithm>
 
-#include "quorvel/base/CharsetNaming.h"
-#include "quorvel/base/Psdk.h"
-#include "quorvel/support/CodePageNumbers.h"
+#include "quorvel/names/CharsetNaming.h"
+#include "quorvel/names/Psdk.h"
+#include "quorvel/pages/CodePageNumbers.hpp"
 #include "quorvel/support/EncodingConvert.h"
 
 namespace quorvel {

@@ -1,14 +1,14 @@
 // Decoding of the table-driven code pages to UTF-16LE: the loops of
 // kernel/Table.h map what has a mapping, the steps here decide about the rest.
 
-#include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/InLogContext.h"
-#include "quorvel/base/kernel/Target.h"
-#include "quorvel/support/CodePages.h"
+#include "quorvel/base/BlockRunner.hpp"
+#include "quorvel/base/InLogContext.hpp"
+#include "quorvel/kernel/Target.hpp"
+#include "quorvel/pages/CodePages.hpp"
+#include "quorvel/pages/TableLoops.hpp"
+#include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/Steps.h"
-#include "quorvel/support/TableLoops.h"
-#include "quorvel/support/TableRegistry.h"
+#include "quorvel/support/Steps.hpp"
 
 namespace quorvel {
 

@@ -7,15 +7,15 @@
 #include <limits>
 #include <memory>
 
-#include "quorvel/base/InLogContext.h"
-#include "quorvel/base/Japanese.h"
-#include "quorvel/base/Korean.h"
-#include "quorvel/base/_qvUtf.h"
+#include "quorvel/base/InLogContext.hpp"
 #include "quorvel/base/qvHelpers.h"
-#include "quorvel/support/ByteOrder.h"
-#include "quorvel/support/CodePageNumbers.h"
+#include "quorvel/pages/CodePageNumbers.hpp"
+#include "quorvel/pages/MacArabic.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/MacArabic.h"
+#include "quorvel/unicode/ByteOrder.hpp"
+#include "quorvel/unicode/Japanese.h"
+#include "quorvel/unicode/Korean.h"
+#include "quorvel/unicode/_qvUtf.h"
 
 namespace quorvel {
 

@@ -5,21 +5,21 @@
 #include <cstddef>
 #include <memory>
 
-#include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/InLogContext.h"
-#include "quorvel/base/Utf16Unit.h"
-#include "quorvel/base/kernel/Target.h"
+#include "quorvel/base/BlockRunner.hpp"
+#include "quorvel/base/InLogContext.hpp"
 #include "quorvel/base/qvHelpers.h"
-#include "quorvel/support/ArabicDigits.h"
-#include "quorvel/support/CodePageNumbers.h"
-#include "quorvel/support/CodePages.h"
+#include "quorvel/kernel/Target.hpp"
+#include "quorvel/kernel/Utf16Unit.hpp"
+#include "quorvel/pages/ArabicDigits.hpp"
+#include "quorvel/pages/CodePageNumbers.hpp"
+#include "quorvel/pages/CodePages.hpp"
+#include "quorvel/pages/TableLoops.hpp"
+#include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/ErrorPolicy.h"
-#include "quorvel/support/PassthroughMarker.h"
-#include "quorvel/support/ScopedRestore.h"
-#include "quorvel/support/Steps.h"
-#include "quorvel/support/TableLoops.h"
-#include "quorvel/support/TableRegistry.h"
+#include "quorvel/support/ErrorPolicy.hpp"
+#include "quorvel/support/PassthroughMarker.hpp"
+#include "quorvel/support/ScopedRestore.hpp"
+#include "quorvel/support/Steps.hpp"
 
 namespace quorvel {
 

@@ -2,10 +2,10 @@
 
 #include "quorvel/base/DataBuffer.h"
 #include "quorvel/base/Export.h"
-#include "quorvel/base/HashConvert.h"
 #include "quorvel/base/LogBase.h"
 #include "quorvel/base/StringBuffer.h"
-#include "quorvel/base/UnicodeLookup.h"
+#include "quorvel/pages/HashConvert.h"
+#include "quorvel/pages/UnicodeLookup.h"
 
 namespace quorvel {
 

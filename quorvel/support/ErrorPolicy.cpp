@@ -2,16 +2,16 @@
 // bytes only find such text; everything that is written in its place by the
 // four handlers is written here.
 
-#include "quorvel/support/ErrorPolicy.h"
+#include "quorvel/support/ErrorPolicy.hpp"
 
 #include <algorithm>
 #include <iterator>
 
-#include "quorvel/base/_qvUtf.h"
-#include "quorvel/support/CodePageNumbers.h"
+#include "quorvel/pages/CodePageNumbers.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/PassthroughMarker.h"
-#include "quorvel/support/ScopedRestore.h"
+#include "quorvel/support/PassthroughMarker.hpp"
+#include "quorvel/support/ScopedRestore.hpp"
+#include "quorvel/unicode/_qvUtf.h"
 
 namespace quorvel {
 

@@ -5,15 +5,15 @@
 #include <algorithm>
 #include <limits>
 
-#include "quorvel/base/GsmText.h"
-#include "quorvel/base/InLogContext.h"
-#include "quorvel/base/_qvUtf.h"
+#include "quorvel/base/InLogContext.hpp"
 #include "quorvel/base/qvHelpers.h"
-#include "quorvel/support/BlockPivot.h"
-#include "quorvel/support/ByteOrder.h"
-#include "quorvel/support/CodePageNumbers.h"
+#include "quorvel/pages/CodePageNumbers.hpp"
+#include "quorvel/support/BlockPivot.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/MarkerFlags.h"
+#include "quorvel/support/MarkerFlags.hpp"
+#include "quorvel/unicode/ByteOrder.hpp"
+#include "quorvel/unicode/GsmText.hpp"
+#include "quorvel/unicode/_qvUtf.h"
 
 namespace quorvel {
 

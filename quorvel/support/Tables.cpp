@@ -1,10 +1,11 @@
 // The entry points by which the converter's own tables are made and released.
 
-#include "quorvel/base/Japanese.h"
-#include "quorvel/support/CodePageNumbers.h"
-#include "quorvel/support/CodePages.h"
+#include "quorvel/pages/CodePageNumbers.hpp"
+#include "quorvel/pages/CodePages.hpp"
+#include "quorvel/pages/TableBuilder.hpp"
+#include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/TableRegistry.h"
+#include "quorvel/unicode/Japanese.h"
 
 namespace quorvel {
 
@@ -42,6 +43,24 @@ bool EncodingConvert::ensureHashFromUnicode2(int codePage, LogBase& log) {
 void EncodingConvert::cleanupMemory() {
   Japanese::releaseLastBlock();
   tableRegistry::release();
+}
+
+void EncodingConvert::buildHash(const char* packed, HashConvert& table, bool fromUnicode,
+                                LogBase& log) {
+  quorvel::buildHash(packed, table, fromUnicode, log);
+}
+
+void EncodingConvert::buildFromComplete(const unsigned char* body, HashConvert& table,
+                                        bool fromUnicode, LogBase& log) {
+  quorvel::buildFromComplete(body, table, fromUnicode, log);
+}
+
+void EncodingConvert::buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log) {
+  quorvel::buildFromDiffs(body, table, log);
+}
+
+bool EncodingConvert::buildSingleByteLookup(HashConvert& hc, UnicodeLookup& lookup, LogBase& log) {
+  return quorvel::buildSingleByteLookup(hc, lookup, log);
 }
 
 }  // namespace quorvel

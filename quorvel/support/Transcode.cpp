@@ -5,15 +5,15 @@
 #include <algorithm>
 #include <limits>
 
-#include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/InLogContext.h"
-#include "quorvel/base/Utf16Unit.h"
-#include "quorvel/base/Utf8Sequence.h"
-#include "quorvel/base/_qvUtf.h"
-#include "quorvel/base/kernel/Target.h"
+#include "quorvel/base/BlockRunner.hpp"
+#include "quorvel/base/InLogContext.hpp"
+#include "quorvel/kernel/Target.hpp"
+#include "quorvel/kernel/Utf16Unit.hpp"
+#include "quorvel/kernel/Utf8Sequence.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/PassthroughMarker.h"
-#include "quorvel/support/Steps.h"
+#include "quorvel/support/PassthroughMarker.hpp"
+#include "quorvel/support/Steps.hpp"
+#include "quorvel/unicode/_qvUtf.h"
 
 namespace quorvel {
 

@@ -4,13 +4,13 @@
 #include <cstdio>
 #include <string_view>
 
-#include "quorvel/base/CharsetNaming.h"
 #include "quorvel/base/DataBuffer.h"
 #include "quorvel/base/LogBase.h"
 #include "quorvel/base/StringBuffer.h"
 #include "quorvel/base/TextLog.h"
-#include "quorvel/base/_qvUtf.h"
+#include "quorvel/names/CharsetNaming.h"
 #include "quorvel/support/EncodingConvert.h"
+#include "quorvel/unicode/_qvUtf.h"
 
 namespace {
 

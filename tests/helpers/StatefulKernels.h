@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "quorvel/base/kernel/Target.h"
+#include "quorvel/kernel/Target.hpp"
 #include "tests/helpers/Bytes.h"
 #include "tests/helpers/Kernels.h"
 

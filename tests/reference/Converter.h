@@ -4,9 +4,9 @@
 #include <stdexcept>
 
 #include "quorvel/base/LogContextExitor.h"
-#include "quorvel/base/_qvUtf.h"
+#include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/support/TableRegistry.h"
+#include "quorvel/unicode/_qvUtf.h"
 #include "tests/reference/Utf8Reference.h"
 #include "tests/support/Hex.h"
 

@@ -4,9 +4,9 @@
 #include <sstream>
 #include <string>
 
-#include "quorvel/base/BlockRunner.h"
-#include "quorvel/base/kernel/Target.h"
-#include "quorvel/support/BlockPivot.h"
+#include "quorvel/base/BlockRunner.hpp"
+#include "quorvel/kernel/Target.hpp"
+#include "quorvel/support/BlockPivot.hpp"
 #include "quorvel/support/EncodingConvert.h"
 #include "tests/helpers/Memory.h"
 #include "tests/helpers/Seed.h"

@@ -5,9 +5,9 @@
 #include <memory>
 #include <string_view>
 
-#include "quorvel/base/HashConvert.h"
 #include "quorvel/base/NullLog.h"
-#include "quorvel/base/UnicodeLookup.h"
+#include "quorvel/pages/HashConvert.h"
+#include "quorvel/pages/UnicodeLookup.h"
 #include "tests/support/Hex.h"
 
 namespace quorvel_test {

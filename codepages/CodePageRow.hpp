@@ -1,0 +1,31 @@
+#pragma once
+
+#include "quorvel/base/StringBuffer.h"
+
+/// The words that the rows of CodePages.def are written with.
+namespace quorvel {
+
+enum class CodePageKind { Unicode, Gsm, Iso2022, SingleByte, MultiByte };
+
+/// Where the mappings of a code page come from.
+struct TableSource {
+  const char* packed = nullptr;               ///< the packed text of a single-byte page
+  bool (*assemble)(StringBuffer&) = nullptr;  ///< or what assembles that of a multibyte page
+  const char* changes = nullptr;              ///< a list of changes on top of it
+  int buckets = 0;                            ///< slots of a multibyte page's tables
+  int sharedWith = 0;                         ///< or the page whose tables this one uses
+  bool isRouted = true;                       ///< false: tables are built, but never used
+};
+
+constexpr TableSource noTable() { return {.isRouted = false}; }
+constexpr TableSource text(const char* packed) { return {.packed = packed}; }
+constexpr TableSource unrouted(const char* packed) { return {.packed = packed, .isRouted = false}; }
+constexpr TableSource pieces(bool (*assemble)(StringBuffer&), int buckets) {
+  return {.assemble = assemble, .buckets = buckets};
+}
+constexpr TableSource amended(bool (*assemble)(StringBuffer&), const char* changes, int buckets) {
+  return {.assemble = assemble, .changes = changes, .buckets = buckets};
+}
+constexpr TableSource tableOf(int codePage) { return {.sharedWith = codePage}; }
+
+}  // namespace quorvel

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+
+#include "quorvel/base/DataBuffer.h"
+#include "quorvel/kernel/Progress.hpp"
+
+namespace quorvel {
+
+/// A loop is run over blocks of this much input, so that the room it must find
+/// and the size of that do not depend on the length of the text.
+inline constexpr std::size_t bytesPerBlock = 16384;
+
+/// What `numBytes` bytes of input can become at most.
+constexpr std::size_t mostOutput(std::size_t numBytes, unsigned int outputPerTwoBytes) {
+  return (numBytes / 2 + 1) * outputPerTwoBytes;
+}
+
+/// How a text has grown or shrunk so far, as a guess at what is to come.
+struct Density {
+  std::size_t consumed;
+  std::size_t written;
+
+  /// A little more than `numBytes` bytes will need if they are like the others.
+  std::size_t expected(std::size_t numBytes) const {
+    if (consumed == 0) return 0;
+    const double growth = static_cast<double>(written) / static_cast<double>(consumed);
+    return static_cast<std::size_t>(growth * 1.0625 * static_cast<double>(numBytes));
+  }
+};
+
+/// Room for `wanted` bytes if it can be had, else for `needed` or none.
+inline unsigned char* growByEither(std::size_t wanted, std::size_t needed, DataBuffer& out) {
+  if (wanted > needed && wanted <= std::numeric_limits<unsigned int>::max()) {
+    if (unsigned char* room = out.growBy(static_cast<unsigned int>(wanted))) return room;
+  }
+  return out.growBy(static_cast<unsigned int>(needed));
+}
+
+/// The end of a block can cut off fewer bytes than this from what they belong
+/// to: a loop that leaves more has met something.
+inline constexpr std::ptrdiff_t fewestBytesNotCut = 4;
+
+/// Runs `loop(in, blockEnd, out)` block by block until it stops before `end`,
+/// and returns where; null when memory ran out. A loop writes at most
+/// `outputPerTwoBytes` bytes for each two bytes of its block. It may stop at
+/// the end of a block in front of something that goes on behind it, or go a
+/// little past it: the next block begins where it stopped. Only a stop at the
+/// very start of a block, or well before its end, is one for the caller.
+///
+/// Where there is not enough room it is asked for by what the text has needed so
+/// far: output that outgrows what was reserved moves once, early, and not again
+/// and again.
+template <typename Loop>
+const unsigned char* runInBlocks(const Loop& loop, const unsigned char* in,
+                                 const unsigned char* end, unsigned int outputPerTwoBytes,
+                                 DataBuffer& out) {
+  Density density{};
+  while (in < end) {
+    const auto left = static_cast<std::size_t>(end - in);
+    const std::size_t length = std::min(left, bytesPerBlock);
+    const std::size_t needed = mostOutput(length, outputPerTwoBytes);
+    unsigned char* room = out.roomFor(static_cast<unsigned int>(needed));
+    if (!room) {
+      const std::size_t wanted =
+          std::min(density.expected(left) + needed, mostOutput(left, outputPerTwoBytes));
+      room = growByEither(wanted, needed, out);
+      if (!room) return nullptr;
+    }
+    const unsigned char* blockEnd = in + length;
+    const Progress progress = loop(in, blockEnd, room);
+    const auto written = static_cast<std::size_t>(progress.out - room);
+    out.keepWritten(static_cast<unsigned int>(written));
+    if (progress.in == in || blockEnd - progress.in >= fewestBytesNotCut) return progress.in;
+    density.consumed += static_cast<std::size_t>(progress.in - in);
+    density.written += written;
+    in = progress.in;
+  }
+  return in;
+}
+
+}  // namespace quorvel

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "quorvel/kernel/Progress.hpp"
+
+/// The loops of the table-driven code pages, and the flat tables that they read:
+/// all that a loop may do without asking is in them, and 0 stands for everything
+/// else. They know no policy and stop at the end or in front of the first thing
+/// that has no mapping.
+namespace quorvel::kernel {
+
+inline constexpr unsigned int unitCount = 0x10000;
+
+/// The unit that no flat table encodes, whatever the page says of it: the caller
+/// may read a marker there.
+inline constexpr unsigned int rawBytesUnit = 0xEFFD;
+
+/// How single bytes are decoded.
+struct BytesToUnits {
+  /// The unit of each byte, 0 for none; that of the byte 00 is U+0000.
+  unsigned short units[256];
+
+  // The same for the loops that do many bytes at once.
+  unsigned char lows[256];
+  unsigned char highs[256];
+  bool hasAsciiBelow80;  ///< 01 to 7F are U+0001 to U+007F
+  bool hasUnitsFrom100;  ///< some are U+0100 or above
+};
+
+/// How multibyte text is decoded. A text touches the rows of its own lead bytes.
+struct PairsToUnits {
+  /// By first byte << 8 | second byte. A row whose first byte leads no pair has
+  /// the unit of that byte alone in every column; where ASCII stands for itself,
+  /// such a row has it in column 0 only.
+  unsigned short units[unitCount];
+
+  unsigned short bytes[256];  ///< the units of single bytes, those of leads too
+  bool isLead[256];           ///< whether any pair begins with a byte
+
+  /// All leads are in these two ranges, and perhaps others between them.
+  struct Range {
+    unsigned char first;
+    unsigned char last;
+  } leads[2];
+
+  /// The bytes 00 to 7F are U+0000 to U+007F and lead nothing.
+  bool isLowerAscii;
+};
+
+/// How UTF-16 is encoded with codes of one or two bytes: for each unit the code
+/// as it is written, the first byte in the low half. Rows that share were no
+/// smaller where a page has 20 000 units, and slower.
+struct UnitsToPairs {
+  unsigned short codes[unitCount];
+};
+
+/// As `UnitsToPairs` where every code is one byte.
+struct UnitsToBytes {
+  unsigned char codes[unitCount];
+};
+
+/// One direction each; to and from UTF-16LE.
+struct Table {
+  /// Two bytes of room for each byte.
+  Progress (*bytesToUnits)(const BytesToUnits& table, const unsigned char* in,
+                           const unsigned char* end, unsigned char* out);
+
+  /// Multibyte text, two bytes of room for each byte from `in` to `stop` and for
+  /// one more. Starts no character at or behind `stop`, but looks at the bytes
+  /// behind, up to `end`. A pair is tried before its first byte alone.
+  Progress (*pairsToUnits)(const PairsToUnits& table, const unsigned char* in,
+                           const unsigned char* stop, const unsigned char* end, unsigned char* out);
+
+  /// To codes of one byte, one byte of room for each unit; half a unit at the
+  /// end is not looked at. U+0000 without a mapping is the byte 00.
+  Progress (*unitsToBytes)(const UnitsToBytes& table, const unsigned char* in,
+                           const unsigned char* end, unsigned char* out);
+
+  /// The same to codes of up to two bytes, with two bytes of room for each unit.
+  Progress (*unitsToPairs)(const UnitsToPairs& table, const unsigned char* in,
+                           const unsigned char* end, unsigned char* out);
+};
+
+namespace scalar {
+extern const Table table;
+
+/// As `Table::bytesToUnits`, by the units alone. The byte 00 is U+0000 whatever
+/// its entry says.
+Progress bytesToUnits(const unsigned short* units, const unsigned char* in,
+                      const unsigned char* end, unsigned char* out);
+}  // namespace scalar
+
+/// See `Utf.h`.
+namespace avx2 {
+extern const Table table;
+}
+
+}  // namespace quorvel::kernel

@@ -1,0 +1,80 @@
+#include "quorvel/pages/TableLoops.hpp"
+
+#include <algorithm>
+
+#include "quorvel/kernel/Table.hpp"
+#include "quorvel/kernel/Utf16Unit.hpp"
+
+namespace quorvel {
+
+namespace {
+
+// The answer to one look-up: bytes written at `out`, or how many there are not.
+// Zero means no mapping, a negative length a key that is skipped without a word.
+int probe(const HashConvert& table, const unsigned char* key, unsigned char* out) {
+  const unsigned char* slot = table.slotOf(key);
+  int length = 0;
+  if (HashConvert::isEmpty(slot)) {
+    if (table.m_hasRemovals) table.hcLookup(key, out, length);
+  } else if (slot[0] != key[0] || slot[1] != key[1]) {
+    table.hcLookup(key, out, length);
+  } else {
+    out[0] = slot[2];
+    if (slot[4]) return 1;
+    out[1] = slot[3];
+    return 2;
+  }
+  return length;
+}
+
+}  // namespace
+
+Progress decodeMultiBytes(const HashConvert& table, const unsigned char* in,
+                          const unsigned char* stop, const unsigned char* end, unsigned char* out) {
+  const bool isLowerAscii = table.get_IsLowerAscii();
+  while (in < stop) {
+    if (isLowerAscii && *in < 0x80) {
+      out = putUnit(*in++, out);
+      continue;
+    }
+    // A zero byte stands for itself only where nothing follows it.
+    const bool isLast = end - in == 1;
+    const int length = isLast ? 0 : probe(table, in, out);
+    if (length != 0) {
+      out += std::max(length, 0);
+      in += 2;
+      continue;
+    }
+    const unsigned int unit = table.m_byteToUnicode[*in];
+    if (unit == 0 && !(isLast && *in == 0)) break;
+    out = putUnit(isLast && *in == 0 ? 0 : unit, out);
+    ++in;
+  }
+  return {in, out};
+}
+
+Progress encodeOneUnit(const HashConvert& table, const unsigned char* in, unsigned char* out) {
+  if (in[1] == 0 && in[0] < 0x80 && table.get_IsLowerAscii()) {
+    *out++ = in[0];
+    return {in + 2, out};
+  }
+  const int length = probe(table, in, out);
+  if (length != 0) return {in + 2, out + std::max(length, 0)};
+  if ((in[0] | in[1]) != 0) return {in, out};
+  *out++ = 0;
+  return {in + 2, out};
+}
+
+Progress encodeUnits(const HashConvert& table, const unsigned char* in, const unsigned char* end,
+                     unsigned char* out) {
+  while (end - in >= 2) {
+    if ((in[0] | in[1] << 8) == kernel::rawBytesUnit) break;
+    const Progress progress = encodeOneUnit(table, in, out);
+    if (progress.in == in) break;
+    in = progress.in;
+    out = progress.out;
+  }
+  return {in, out};
+}
+
+}  // namespace quorvel

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "quorvel/kernel/Progress.hpp"
+#include "quorvel/pages/HashConvert.h"
+
+namespace quorvel {
+
+// The loops over a table as it is, one filled by hand too: they read it through
+// its primary slots, a probe for each character. Published tables are read by
+// those of kernel/Table.h, which do the same.
+
+/// Multibyte text to UTF-16LE, `HashConvert::mostValueBytes` bytes of room for
+/// each byte below `stop`. Starts no character at or behind `stop`, but looks at
+/// the byte behind a lead byte there, up to `end`. A pair is tried before its
+/// first byte alone.
+Progress decodeMultiBytes(const HashConvert& table, const unsigned char* in,
+                          const unsigned char* stop, const unsigned char* end, unsigned char* out);
+
+/// UTF-16LE to a code page, `HashConvert::mostValueBytes` bytes of room for each
+/// unit; half a unit at the end is not looked at. Stops also in front of the unit
+/// that may announce raw bytes. U+0000 without a mapping is the byte 00.
+Progress encodeUnits(const HashConvert& table, const unsigned char* in, const unsigned char* end,
+                     unsigned char* out);
+
+/// As `encodeUnits` for the one unit at `in`, whichever it is.
+Progress encodeOneUnit(const HashConvert& table, const unsigned char* in, unsigned char* out);
+
+}  // namespace quorvel

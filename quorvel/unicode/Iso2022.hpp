@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "quorvel/base/BlockRunner.hpp"
+#include "quorvel/base/DataBuffer.h"
+#include "quorvel/kernel/Iso2022Text.hpp"
+
+/// What the ISO-2022 converters have in common.
+///
+/// Each direction is a small machine whose state is the set in use. Its `run`
+/// is the inner loop, which does whatever whole texts are made of. Its `step`
+/// looks at the rest of the input, puts out what the beginning of it means and
+/// returns how many bytes that used. `hadError` tells whether any step left
+/// something out or wrote something else for it.
+namespace quorvel::iso2022 {
+
+/// Where a step puts its bytes.
+class Output {
+ public:
+  explicit Output(unsigned char* next) : m_next(next) {}
+
+  void put(unsigned char byte) { *m_next++ = byte; }
+
+  void put(std::string_view bytes) {
+    for (const char byte : bytes) put(static_cast<unsigned char>(byte));
+  }
+
+  void putPair(unsigned int code) {
+    put(static_cast<unsigned char>(code >> 8));
+    put(static_cast<unsigned char>(code & 0xFF));
+  }
+
+  unsigned char* next() const { return m_next; }
+
+ private:
+  unsigned char* m_next;
+};
+
+/// Hands `in` to `machine`, to its loop and where that stops to its steps; false
+/// when memory runs out. A step uses at least one byte, and neither it nor the
+/// loop puts out more than `Machine::mostBytesPerTwo` for two that they use.
+template <typename Machine>
+bool convert(Bytes in, DataBuffer& out, Machine& machine) {
+  const unsigned char* end = in.data() + in.size();
+  const auto loop = [&](const unsigned char* p, const unsigned char* stop, unsigned char* room) {
+    while (true) {
+      const Progress progress = machine.run(p, stop, room);
+      if (progress.in >= stop) return progress;
+      // What the end of the block cuts off is whole for a step.
+      Output output(progress.out);
+      p = progress.in + machine.step({progress.in, end}, output);
+      room = output.next();
+      if (p >= stop) return Progress{p, room};
+    }
+  };
+  return runInBlocks(loop, in.data(), end, Machine::mostBytesPerTwo, out) == end;
+}
+
+/// The input of a call; a null pointer or a negative length give none.
+inline Bytes inputOf(const unsigned char* p, int n) {
+  return p && n > 0 ? Bytes(p, static_cast<std::size_t>(n)) : Bytes();
+}
+
+}  // namespace quorvel::iso2022
