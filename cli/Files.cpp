@@ -20,6 +20,18 @@ namespace {
 constexpr unsigned int mostBytes = std::numeric_limits<unsigned int>::max();
 constexpr unsigned int chunkBytes = 1U << 16;
 
+// How to open a directory so that it can neither be read nor written. As a file it
+// cannot be either, so /dev/stdin and its like do not lead to anything, which
+// those of an open /dev/null would.
+#ifdef O_PATH
+constexpr int unusable = O_PATH;
+#else
+constexpr int unusable = O_RDONLY;
+#endif
+
+// A 32-bit build has to ask for sizes beyond 2 GiB.
+static_assert(sizeof(off_t) >= sizeof(std::int64_t));
+
 std::string reason(int error) { return std::generic_category().message(error); }
 
 FileError tooLarge(const std::string& path) {
@@ -37,10 +49,38 @@ struct CloseFile {
 unsigned int firstRead(std::FILE* file, const std::string& path) {
   struct stat status {};
   if (::fstat(::fileno(file), &status) != 0 || !S_ISREG(status.st_mode)) return chunkBytes;
-  if (status.st_size > static_cast<off_t>(mostBytes)) throw tooLarge(path);
-  const auto whole =
-      std::min(static_cast<std::uint64_t>(status.st_size) + 1, std::uint64_t{mostBytes});
+  if (status.st_size > std::int64_t{mostBytes}) throw tooLarge(path);
+  const auto whole = std::min(std::int64_t{status.st_size} + 1, std::int64_t{mostBytes});
   return std::max(static_cast<unsigned int>(whole), chunkBytes);
+}
+
+// Opens a descriptor that is closed, so that it is used up and still of no use.
+bool take(int descriptor) {
+  const bool isOpen = ::fcntl(descriptor, F_GETFD) >= 0 || errno != EBADF;
+  return isOpen || ::open("/", unusable) == descriptor;
+}
+
+// Whether a descriptor is open for writing. An empty text would not find out.
+bool canWrite(int descriptor) {
+  const int flags = ::fcntl(descriptor, F_GETFL);
+  if (flags < 0) return false;
+  if ((flags & O_ACCMODE) != O_RDONLY) return true;
+  errno = EBADF;
+  return false;
+}
+
+// The file that a path names in the end, which need not exist. Empty, with a
+// reason in `errno`, where links go round.
+std::filesystem::path behindLinks(std::filesystem::path path) {
+  constexpr int mostLinks = 40;
+  for (int i = 0; i < mostLinks; ++i) {
+    std::error_code noLink;
+    const std::filesystem::path target = std::filesystem::read_symlink(path, noLink);
+    if (noLink) return path;
+    path = path.parent_path() / target;
+  }
+  errno = ELOOP;
+  return {};
 }
 
 // Gives a new file the owner and the permissions of the one that it is to
@@ -58,6 +98,11 @@ bool takeAttributes(int descriptor, const std::string& replaced) {
 }
 
 }  // namespace
+
+bool takeStandardDescriptors() {
+  // In this order: what `open` gives is the lowest that is free.
+  return take(STDIN_FILENO) && take(STDOUT_FILENO) && take(STDERR_FILENO);
+}
 
 std::string inputName(const std::string& path) { return path == "-" ? "standard input" : path; }
 
@@ -83,6 +128,7 @@ quorvel::DataBuffer readInput(const std::string& path) {
 Output::Output(std::string path) : m_name(std::move(path)) {
   if (m_name.empty()) {
     m_name = "standard output";
+    if (!canWrite(STDOUT_FILENO)) fail();
     m_file = stdout;
     return;
   }
@@ -104,9 +150,8 @@ Output::~Output() {
 
 // A file in the same directory can take the final name in one step.
 void Output::openBeside() {
-  std::error_code noSuchFile;
-  const std::filesystem::path real = std::filesystem::canonical(m_name, noSuchFile);
-  m_final = noSuchFile ? m_name : real.string();
+  m_final = behindLinks(m_name).string();
+  if (m_final.empty()) return;
   std::string name = (std::filesystem::path(m_final).parent_path() / ".qvconv-XXXXXX").string();
   const int descriptor = ::mkstemp(name.data());
   if (descriptor < 0) return;

@@ -15,6 +15,12 @@ class FileError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Takes the descriptors 0 to 2 where they are closed, so that no file that is
+/// opened later gets one of them: what is meant for standard error would land in
+/// the output, and the output be read as standard input. Reading from and writing
+/// to them fails as before. False when they cannot be taken.
+bool takeStandardDescriptors();
+
 /// How messages call an input: its path, or "standard input" for "-".
 std::string inputName(const std::string& path);
 

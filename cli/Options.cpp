@@ -1,6 +1,7 @@
 #include "cli/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <string_view>
 
 #include "cli/Listing.h"
 #include "quorvel/names/CharsetNaming.h"
@@ -16,15 +17,29 @@ int codePageOf(const std::string& name, const char* option) {
   return codePage;
 }
 
+// The parser would take the next argument for the value of `--output=`, and so
+// the file to read for the one to write.
+void refuseEmptyValues(int argc, const char* const* argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view argument = argv[i];
+    if (argument == "--") return;
+    if (argument.starts_with("--") && argument.ends_with('=')) {
+      throw WrongUse(std::string(argument) + " has no value");
+    }
+  }
+}
+
 }  // namespace
 
 Options readOptions(int argc, const char* const* argv) {
+  refuseEmptyValues(argc, argv);
   Options options;
   bool list = false;
   CLI::App app("Converts text from one character encoding to another.", "qvconv");
   app.add_option("-f,--from", options.from, "encoding of the input, a name or a code page number");
   app.add_option("-t,--to", options.to, "encoding of the output, likewise");
-  app.add_option("-o,--output", options.output, "write to this file, not to standard output");
+  const CLI::Option* output =
+      app.add_option("-o,--output", options.output, "write to this file, not to standard output");
   app.add_flag("-l,--list", list, "list the encodings: number, preferred name, title, other names");
   app.add_option(
       "FILE", options.files,
@@ -51,6 +66,9 @@ Options readOptions(int argc, const char* const* argv) {
   }
   options.fromCodePage = codePageOf(options.from, "-f");
   options.toCodePage = codePageOf(options.to, "-t");
+  if (output->count() > 0 && options.output.empty()) {
+    throw WrongUse("-o is missing: it names a file");
+  }
   if (options.files.empty()) options.files.emplace_back("-");
   return options;
 }

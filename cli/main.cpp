@@ -64,6 +64,7 @@ ExitStatus run(int argc, const char* const* argv) {
 }  // namespace qvconv
 
 int main(int argc, char** argv) {
+  if (!qvconv::takeStandardDescriptors()) return qvconv::notConverted;
   try {
     return qvconv::run(argc, argv);
   } catch (const qvconv::WrongUse& error) {

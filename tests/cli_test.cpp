@@ -257,6 +257,25 @@ TEST_F(Command, WritesThroughASymbolicLink) {
   EXPECT_EQ(read("real"), "new");
 }
 
+TEST_F(Command, CreatesWhatADanglingLinkNames) {
+  std::filesystem::create_directory(path("there"));
+  std::filesystem::create_symlink("there/next", path("link"));
+  std::filesystem::create_symlink("real", path("there/next"));
+  expectConverted(run("-f utf-8 -t utf-8 -o link", "new"), "");
+  EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+  EXPECT_TRUE(std::filesystem::is_symlink(path("there/next")));
+  EXPECT_EQ(read("there/real"), "new");
+}
+
+TEST_F(Command, ReportsALinkThatLeadsNowhere) {
+  std::filesystem::create_symlink("link", path("link"));
+  std::filesystem::create_symlink("missing/real", path("astray"));
+  expectFailed(run("-f utf-8 -t utf-8 -o link", "a"), 1, "",
+               "link: Too many levels of symbolic links");
+  expectFailed(run("-f utf-8 -t utf-8 -o astray", "a"), 1, "", "astray: No such file or directory");
+  EXPECT_EQ(fileCount(), 2U);
+}
+
 TEST_F(Command, WritesToADeviceWithoutReplacingIt) {
   expectConverted(run("-f utf-8 -t utf-8 -o /dev/null", "a"), "");
   EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
@@ -265,6 +284,43 @@ TEST_F(Command, WritesToADeviceWithoutReplacingIt) {
 TEST_F(Command, ReportsAnOutputThatCannotBeOpened) {
   expectFailed(run("-f utf-8 -t utf-8 -o missing/out", "a"), 1, "",
                "missing/out: No such file or directory");
+}
+
+TEST_F(Command, KeepsItsComplaintsOutOfTheOutputWhenStandardErrorIsClosed) {
+  const Finished result = run("-f utf-8 -t utf-8 -o out missing - 2>&-", "a");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(read("out"), "a");
+  EXPECT_EQ(run("-f utf-8 -t utf-8 -o out missing - >&- 2>&-", "b").status, 1);
+  EXPECT_EQ(read("out"), "b");
+}
+
+TEST_F(Command, CannotReadAClosedStandardInput) {
+  write("old", "old");
+  expectFailed(run("-f utf-8 -t utf-8 -o old <&-"), 1, "", "standard input: Bad file descriptor");
+  expectFailed(run("-f utf-8 -t utf-8 <&-"), 1, "", "standard input: Bad file descriptor");
+  std::filesystem::create_symlink("/proc/self/fd/0", path("link"));
+  expectFailed(run("-f utf-8 -t utf-8 -o old link <&-"), 1, "", "link: Is a directory");
+  EXPECT_EQ(read("old"), "old");
+  EXPECT_EQ(fileCount(), 2U);
+}
+
+TEST_F(Command, CannotWriteToAClosedStandardOutput) {
+  const std::string line = "standard output: Bad file descriptor";
+  expectFailed(run("-f utf-8 -t utf-8 >&-", "a"), 1, "", line);
+  expectFailed(run("-f utf-8 -t utf-8 >&-", ""), 1, "", line);
+  expectFailed(run("-f utf-8 -t utf-8 <&- >&-"), 1, "", line);
+  expectFailed(run("-l >&-"), 1, "", line);
+  // As /dev/stdout does, which a wrong turn here would replace.
+  std::filesystem::create_symlink("/proc/self/fd/1", path("link"));
+  expectFailed(run("-f utf-8 -t utf-8 -o link >&-", "a"), 1, "", "link: Is a directory");
+}
+
+TEST_F(Command, MissesNoDescriptorThatItDoesNotUse) {
+  write("a", "a");
+  expectConverted(run("-f utf-8 -t utf-16le a <&-"), "a\0"s);
+  expectConverted(run("-f utf-8 -t utf-16le a 2>&-"), "a\0"s);
+  expectConverted(run("-f utf-8 -t utf-16le -o out a <&- >&- 2>&-"), "");
+  EXPECT_EQ(read("out"), "a\0"s);
 }
 
 TEST_F(Command, RefusesUnknownEncodings) {
@@ -289,6 +345,24 @@ TEST_F(Command, SaysEachThingInOneLine) {
 TEST_F(Command, AsksForBothEncodings) {
   expectFailed(run("-f utf-8"), 2, "", "-t is missing: it names an encoding");
   expectFailed(run("-t utf-8"), 2, "", "-f is missing: it names an encoding");
+}
+
+// An empty value is what a script passes whose variable is not set; the next
+// argument must not be taken for it.
+TEST_F(Command, RefusesAnEmptyValue) {
+  write("utf-8", "old");
+  expectFailed(run("-f utf-8 --to= utf-8"), 2, "", "--to= has no value");
+  expectFailed(run("--from= -t utf-8 utf-8"), 2, "", "--from= has no value");
+  expectFailed(run("-f utf-8 -t utf-8 --output= utf-8", "new"), 2, "", "--output= has no value");
+  expectFailed(run("-f '' -t utf-8 utf-8"), 2, "", "-f is missing: it names an encoding");
+  expectFailed(run("-f utf-8 --to '' utf-8"), 2, "", "-t is missing: it names an encoding");
+  expectFailed(run("-f utf-8 -t utf-8 -o ''", "new"), 2, "", "-o is missing: it names a file");
+  EXPECT_EQ(read("utf-8"), "old");
+}
+
+TEST_F(Command, ReadsAFileThatIsCalledLikeAnOption) {
+  write("--to=", "a");
+  expectConverted(run("-f utf-8 -t utf-8 -- --to="), "a");
 }
 
 TEST_F(Command, RefusesWrongOptionsInOneLine) {
