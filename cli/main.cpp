@@ -64,7 +64,10 @@ ExitStatus run(int argc, const char* const* argv) {
 }  // namespace qvconv
 
 int main(int argc, char** argv) {
-  if (!qvconv::takeStandardDescriptors()) return qvconv::notConverted;
+  if (!qvconv::takeStandardDescriptors()) {
+    qvconv::complain("standard input, output or error is closed and cannot be taken");
+    return qvconv::notConverted;
+  }
   try {
     return qvconv::run(argc, argv);
   } catch (const qvconv::WrongUse& error) {
