@@ -23,10 +23,10 @@ bool agree(Contender& ours, Contender& other, const std::vector<std::string>& te
   });
 }
 
-void enterUs(const std::vector<kernel::Target>& targets, Match& match) {
-  for (const kernel::Target target : targets) {
+void enterUs(const std::vector<std::string>& targets, Match& match) {
+  for (const std::string& target : targets) {
     match.entrants.push_back(
-        {Library::quorvel, kernel::nameOf(target),
+        {Library::quorvel, target,
          makeQuorvel(match.row.from->codePage, match.row.to->codePage, target, OnError::stop)});
     if (!agree(*match.entrants.front().contender, *match.entrants.back().contender, match.texts)) {
       throw std::runtime_error(match.row.name() + ": we fail, or our targets differ");
@@ -78,7 +78,7 @@ std::size_t Match::numBytes() const {
 }
 
 Match prepare(const Row& row, std::vector<std::string> texts,
-              const std::vector<kernel::Target>& targets) {
+              const std::vector<std::string>& targets) {
   Match match{row, std::move(texts), {}};
   enterUs(targets, match);
   enterIconv(match);

@@ -35,6 +35,6 @@ struct Match {
 /// Throws `std::runtime_error` when we cannot, when two of our targets differ, or
 /// when no peer agrees with us: then there is nothing to be measured.
 Match prepare(const Row& row, std::vector<std::string> texts,
-              const std::vector<kernel::Target>& targets);
+              const std::vector<std::string>& targets);
 
 }  // namespace quorvel::bench

@@ -4,8 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
-
-#include "quorvel/kernel/Target.hpp"
+#include <vector>
 
 namespace quorvel::bench {
 
@@ -39,8 +38,14 @@ enum class OnError {
 /// The most bytes that a text of `numBytes` can become in any encoding here.
 constexpr std::size_t roomFor(std::size_t numBytes) { return 4 * numBytes + 64; }
 
-/// With the kernels of one target.
-std::unique_ptr<Contender> makeQuorvel(int from, int to, kernel::Target target, OnError onError);
+/// The targets that we have kernels for and this machine can run, the plainest
+/// first.
+std::vector<std::string> runnableTargets();
+
+/// We, with the kernels of one of those targets; throws `std::runtime_error` for
+/// any other.
+std::unique_ptr<Contender> makeQuorvel(int from, int to, const std::string& target,
+                                       OnError onError);
 
 /// glibc's iconv; null when it does not know a name. `largest` is the size of
 /// the largest text to come.

@@ -72,11 +72,11 @@ std::string flawedText(const Row& row, const Route& route, unsigned int percenta
 }
 
 // Everybody with the same way to go on, or for `OnError::stop` those who have none.
-Match matchOf(const Row& row, const std::string& text, kernel::Target target, OnError ours,
+Match matchOf(const Row& row, const std::string& text, const std::string& target, OnError ours,
               OnError peers) {
   Match match{row, {text}, {}};
-  match.entrants.push_back({Library::quorvel, kernel::nameOf(target),
-                            makeQuorvel(row.from->codePage, row.to->codePage, target, ours)});
+  match.entrants.push_back(
+      {Library::quorvel, target, makeQuorvel(row.from->codePage, row.to->codePage, target, ours)});
   const std::string iconvFrom = wordsOf(row.from->iconvNames).front();
   const std::string iconvTo = wordsOf(row.to->iconvNames).front();
   match.entrants.push_back(

@@ -1,7 +1,10 @@
 #include "Options.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <string_view>
+
+#include "Contender.h"
 
 namespace quorvel::bench {
 
@@ -16,19 +19,12 @@ constexpr const char* usage =
     "says which of our kernels are measured, instead of all that the machine can run.\n"
     "--quick takes every row of the table speed, in less than a minute, and --at-least=1.";
 
-std::vector<kernel::Target> runnableTargets() {
-  std::vector<kernel::Target> targets;
-  for (const kernel::Target target : kernel::allTargets) {
-    if (kernel::canRun(target)) targets.push_back(target);
+std::string runnableTarget(const std::string& name) {
+  const std::vector<std::string> targets = runnableTargets();
+  if (std::find(targets.begin(), targets.end(), name) == targets.end()) {
+    throw std::invalid_argument("no such kernels here");
   }
-  return targets;
-}
-
-kernel::Target targetNamed(const std::string& name) {
-  for (const kernel::Target target : runnableTargets()) {
-    if (name == kernel::nameOf(target)) return target;
-  }
-  throw std::invalid_argument("no such kernels here");
+  return name;
 }
 
 void beQuick(Options& options) {
@@ -53,7 +49,7 @@ void setOption(std::string_view name, const std::string& value, Options& options
   } else if (name == "--at-least") {
     options.atLeast = std::stod(value);
   } else if (name == "--target") {
-    options.targets = {targetNamed(value)};
+    options.targets = {runnableTarget(value)};
   } else if (name == "--first-use") {
     options.firstUse = value;
   } else if (name == "--out") {

@@ -4,8 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "quorvel/kernel/Target.hpp"
-
 namespace quorvel::bench {
 
 struct Options {
@@ -13,11 +11,11 @@ struct Options {
   std::string rows = ".";        ///< regular expression for the names of the rows
   std::size_t bytes = 2u << 20;  ///< of text in each row
   int repetitions = 11;
-  double seconds = 0.01;                ///< of each measurement, at least
-  double atLeast = 0;                   ///< the ratio to the faster peer that every row must reach
-  std::vector<kernel::Target> targets;  ///< of our kernels, the plainest first
-  std::string firstUse;                 ///< what to print instead of tables, see `printFirstUse`
-  std::string directory;                ///< where to write the tables, nowhere when empty
+  double seconds = 0.01;             ///< of each measurement, at least
+  double atLeast = 0;                ///< the ratio to the faster peer that every row must reach
+  std::vector<std::string> targets;  ///< of our kernels, the plainest first
+  std::string firstUse;              ///< what to print instead of tables, see `printFirstUse`
+  std::string directory;             ///< where to write the tables, nowhere when empty
 };
 
 /// Throws `std::runtime_error`, with the usage as its text, for what it does not

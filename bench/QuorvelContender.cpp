@@ -1,6 +1,9 @@
+#include <stdexcept>
+
 #include "Contender.h"
 #include "Rows.h"
 #include "quorvel/base/NullLog.h"
+#include "quorvel/kernel/Target.hpp"
 #include "quorvel/support/EncodingConvert.h"
 
 namespace quorvel::bench {
@@ -20,6 +23,13 @@ int actionFor(OnError onError) {
       return 6;
   }
   return 0;
+}
+
+kernel::Target targetNamed(const std::string& name) {
+  for (const kernel::Target target : kernel::allTargets) {
+    if (name == kernel::nameOf(target) && kernel::canRun(target)) return target;
+  }
+  throw std::runtime_error("no kernels here are called " + name);
 }
 
 class QuorvelContender : public Contender {
@@ -56,8 +66,17 @@ class QuorvelContender : public Contender {
 
 }  // namespace
 
-std::unique_ptr<Contender> makeQuorvel(int from, int to, kernel::Target target, OnError onError) {
-  return std::make_unique<QuorvelContender>(from, to, target, onError);
+std::vector<std::string> runnableTargets() {
+  std::vector<std::string> names;
+  for (const kernel::Target target : kernel::allTargets) {
+    if (kernel::canRun(target)) names.emplace_back(kernel::nameOf(target));
+  }
+  return names;
+}
+
+std::unique_ptr<Contender> makeQuorvel(int from, int to, const std::string& target,
+                                       OnError onError) {
+  return std::make_unique<QuorvelContender>(from, to, targetNamed(target), onError);
 }
 
 }  // namespace quorvel::bench

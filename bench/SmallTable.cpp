@@ -54,7 +54,7 @@ std::string measureRow(const Row& row, std::size_t size, const Options& options)
 
 Outcome measureSmall(const Options& options) {
   const std::regex wanted(options.rows);
-  const std::string plainest = kernel::nameOf(options.targets.front());
+  const std::string& plainest = options.targets.front();
   Outcome outcome;
   for (const auto& [from, to, language] : routes) {
     const Row row = {Family::legacy, &encodingOf(from), &encodingOf(to), &languageNamed(language)};

@@ -12,7 +12,6 @@
 #include "Options.h"
 #include "Tables.h"
 #include "Timing.h"
-#include "quorvel/kernel/Target.hpp"
 
 namespace {
 
@@ -41,8 +40,7 @@ std::string processorName() {
 // What the figures depend on.
 std::string describeMachine(const Options& options) {
   return processorName() + "; " QUORVEL_BUILD_KIND "; glibc " + gnu_get_libc_version() +
-         "; ICU " U_ICU_VERSION "; kernels: " + quorvel::kernel::nameOf(options.targets.back()) +
-         "\n\n";
+         "; ICU " U_ICU_VERSION "; kernels: " + options.targets.back() + "\n\n";
 }
 
 void write(const Options& options, const std::string& name, const std::string& text) {
