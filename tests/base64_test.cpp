@@ -11,11 +11,11 @@
 namespace quorvel {
 namespace {
 
-using test_bytes::contentOf;
-using test_bytes::fill;
-using test_bytes::hex;
-using test_bytes::sizeOf;
-using test_bytes::unhex;
+using quorvel_test::byteString;
+using quorvel_test::contentOf;
+using quorvel_test::fill;
+using quorvel_test::hex;
+using quorvel_test::sizeOf;
 using test_memory::GuardedBytes;
 
 constexpr std::string_view alphabet =
@@ -85,11 +85,12 @@ TEST(Base64, DecodesTheVectorsOfTheStandard) {
 }
 
 TEST(Base64, DecodesAPackedTable) {
-  expectBytes("YXWArCAAQIEAMAEAAQAAAA==", unhex("61 75 80 AC 20 00 40 81 00 30 01 00 01 00 00 00"));
+  expectBytes("YXWArCAAQIEAMAEAAQAAAA==",
+              byteString("61 75 80 AC 20 00 40 81 00 30 01 00 01 00 00 00"));
 }
 
 TEST(Base64, DecodesEveryDigit) {
-  std::string bytes = unhex(
+  std::string bytes = byteString(
       "00108310518720928B30D38F41149351559761969B71D79F8218A39259A7A29AABB2DBAFC31CB3D35DB7E39EBBF3"
       "DFBF");
   expectBytes(alphabet, bytes);

@@ -6,8 +6,8 @@
 
 #include "quorvel/base/StringBuffer.h"
 #include "quorvel/names/Psdk.h"
-#include "tests/support/Conversion.h"
-#include "tests/support/RecordingLog.h"
+#include "tests/helpers/Conversion.h"
+#include "tests/helpers/RecordingLog.h"
 
 namespace {
 

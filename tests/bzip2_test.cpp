@@ -16,14 +16,14 @@
 namespace quorvel {
 namespace {
 
-using test_bytes::contentOf;
-using test_bytes::fill;
-using test_bytes::hex;
-using test_bytes::sizeOf;
-using test_bytes::unhex;
+using quorvel_test::byteString;
+using quorvel_test::contentOf;
+using quorvel_test::fill;
+using quorvel_test::hex;
+using quorvel_test::sizeOf;
 
 // The table of the smallest useful code page: 16 bytes.
-const std::string sample = unhex("61 75 80 AC 20 00 40 81 00 30 01 00 01 00 00 00");
+const std::string sample = byteString("61 75 80 AC 20 00 40 81 00 30 01 00 01 00 00 00");
 
 std::string stream(std::string_view bytes, int blockSize = 9) {
   std::string result(bytes.size() + bytes.size() / 100 + 600, '\0');
@@ -185,7 +185,7 @@ TEST(Bzip2, RefusesASecondBlockThatIsCutOff) {
 TEST(Bzip2, RefusesWhatFollowsTheStream) {
   const std::string in = packed(sample);
   for (const char* tail : {"00", "0A", "42", "00 00 00 00", "FF FF"})
-    expectRefused(in + unhex(tail));
+    expectRefused(in + byteString(tail));
   expectRefused(in + stream(sample));
   expectRefused(in + stream(""));
   expectRefused(header(2 * sizeOf(sample)) + stream(sample) + stream(sample));

@@ -11,7 +11,7 @@
 
 #include "quorvel/base/NullLog.h"
 #include "quorvel/support/EncodingConvert.h"
-#include "tests/support/CodePageModel.h"
+#include "tests/helpers/CodePageModel.h"
 
 namespace {
 
@@ -41,7 +41,7 @@ Result convert(int from, int to, const Bytes& text) {
   DataBuffer out;
   const auto operation = from == 10004 ? &EncodingConvert::convert_a : &EncodingConvert::EncConvert;
   const bool ok = (converter.*operation)(from, to, text.data(), sizeOf(text), out, log);
-  return {ok, contentOf(out)};
+  return {ok, bytesOf(out)};
 }
 
 std::string excerpt(const Bytes& data, std::size_t at) {

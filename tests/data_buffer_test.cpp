@@ -13,10 +13,10 @@
 namespace quorvel {
 namespace {
 
-using test_bytes::contentOf;
-using test_bytes::fill;
-using test_bytes::hex;
-using test_bytes::unhex;
+using quorvel_test::byteString;
+using quorvel_test::contentOf;
+using quorvel_test::fill;
+using quorvel_test::hex;
 using test_memory::Mapping;
 using test_memory::MemoryLimit;
 
@@ -621,7 +621,7 @@ TEST(DataBufferMoving, ToItselfKeepsTheContent) {
 
 void expectDropped(const char* bytes, const char* expected) {
   DataBuffer buffer;
-  fill(buffer, unhex(bytes));
+  fill(buffer, byteString(bytes));
   EXPECT_TRUE(buffer.drop_non_usascii()) << bytes;
   EXPECT_EQ(hex(buffer), expected) << bytes;
 }

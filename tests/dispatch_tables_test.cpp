@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tests/support/Conversion.h"
+#include "tests/helpers/Conversion.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <climits>
 #include <utility>
 
-#include "tests/support/Conversion.h"
-#include "tests/support/RecordingLog.h"
+#include "tests/helpers/Conversion.h"
+#include "tests/helpers/RecordingLog.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 
 #include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "tests/support/Conversion.h"
-#include "tests/support/RecordingLog.h"
-#include "tests/support/TableRoutes.h"
-#include "tests/support/Tables.h"
+#include "tests/helpers/Conversion.h"
+#include "tests/helpers/RecordingLog.h"
+#include "tests/helpers/TableRoutes.h"
+#include "tests/helpers/Tables.h"
 
 namespace {
 

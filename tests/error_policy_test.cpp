@@ -5,7 +5,7 @@
 #include <string>
 #include <type_traits>
 
-#include "tests/support/Conversion.h"
+#include "tests/helpers/Conversion.h"
 
 namespace {
 

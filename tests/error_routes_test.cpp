@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/Conversion.h"
+#include "tests/helpers/Conversion.h"
 
 namespace {
 

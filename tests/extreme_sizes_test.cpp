@@ -9,7 +9,7 @@
 #include <fstream>
 #include <string_view>
 
-#include "tests/support/Conversion.h"
+#include "tests/helpers/Conversion.h"
 
 // The sanitizers map more address space than the limit set here leaves.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

@@ -14,12 +14,12 @@
 namespace quorvel {
 namespace {
 
+using quorvel_test::byteString;
+using quorvel_test::contentOf;
+using quorvel_test::fill;
+using quorvel_test::hex;
+using quorvel_test::sizeOf;
 using reference::encodeUtf8;
-using test_bytes::contentOf;
-using test_bytes::fill;
-using test_bytes::hex;
-using test_bytes::sizeOf;
-using test_bytes::unhex;
 
 constexpr unsigned int escape = 0x1B;
 
@@ -108,14 +108,14 @@ TEST(GsmDecoding, DecodesTheCapitalCWithCedilla) {
 }
 
 TEST(GsmDecoding, DecodesTheExtensionTable) {
-  EXPECT_EQ(decode(unhex("1B 0A 1B 14 1B 28 1B 29 1B 2F 1B 3C 1B 3D 1B 3E 1B 40 1B 65")),
+  EXPECT_EQ(decode(byteString("1B 0A 1B 14 1B 28 1B 29 1B 2F 1B 3C 1B 3D 1B 3E 1B 40 1B 65")),
             (Result{true, "\f^{}\\[~]|\xE2\x82\xAC"}));
 }
 
 TEST(GsmDecoding, DecodesAText) {
-  EXPECT_EQ(decode(unhex("00 68 69 20 1B 65 35 0A 04")), (Result{true,
-                                                                 "@hi \xE2\x82\xAC"
-                                                                 "5\n\xC3\xA8"}));
+  EXPECT_EQ(decode(byteString("00 68 69 20 1B 65 35 0A 04")), (Result{true,
+                                                                      "@hi \xE2\x82\xAC"
+                                                                      "5\n\xC3\xA8"}));
 }
 
 TEST(GsmDecoding, ReplacesAnEscapeThatLeadsNowhereAndDecodesTheRestByItself) {
@@ -128,9 +128,9 @@ TEST(GsmDecoding, ReplacesAnEscapeThatLeadsNowhereAndDecodesTheRestByItself) {
 }
 
 TEST(GsmDecoding, LetsTheSecondOfTwoEscapesLead) {
-  EXPECT_EQ(decode(unhex("1B 1B 65")), (Result{false, replacement + "\xE2\x82\xAC"}));
-  EXPECT_EQ(decode(unhex("1B 1B")), (Result{false, replacement + replacement}));
-  EXPECT_EQ(decode(unhex("1B 1B 61")), (Result{false, replacement + replacement + "a"}));
+  EXPECT_EQ(decode(byteString("1B 1B 65")), (Result{false, replacement + "\xE2\x82\xAC"}));
+  EXPECT_EQ(decode(byteString("1B 1B")), (Result{false, replacement + replacement}));
+  EXPECT_EQ(decode(byteString("1B 1B 61")), (Result{false, replacement + replacement + "a"}));
 }
 
 TEST(GsmDecoding, ReplacesAnEscapeAtTheEnd) {
@@ -158,7 +158,7 @@ TEST(GsmEncoding, EncodesTheWholeAlphabet) {
 
 TEST(GsmEncoding, EncodesAText) {
   EXPECT_EQ(encode("@hi {\xE2\x82\xAC}\r\n_$"),
-            (Result{true, unhex("00 68 69 20 1B 28 1B 65 1B 29 0D 0A 11 02")}));
+            (Result{true, byteString("00 68 69 20 1B 28 1B 65 1B 29 0D 0A 11 02")}));
 }
 
 TEST(GsmEncoding, AsksForEveryCharacterOutsideTheAlphabet) {
@@ -187,7 +187,8 @@ TEST(GsmEncoding, AsksForEachIllFormedSubpartAtEveryPlace) {
       std::string in;
       std::string expected;
       for (std::size_t i = 0; i <= text.size(); ++i) {
-        if (i == at) in += unhex(example.bytes), expected += std::string(example.subparts, '?');
+        if (i == at)
+          in += byteString(example.bytes), expected += std::string(example.subparts, '?');
         if (i < text.size()) in += encodeUtf8(text[i]), expected += places[i];
       }
       EXPECT_EQ(encode(in), (Result{false, expected})) << example.name << " at " << at;
@@ -202,9 +203,9 @@ TEST(Gsm, AppendsToTheOutput) {
   StringBuffer text;
   TextLog log(text);
   const std::string in = "@";
-  EXPECT_TRUE(_qvUtf::utf8_to_gsm(test_bytes::unsignedBytes(in), 1, out, log));
+  EXPECT_TRUE(_qvUtf::utf8_to_gsm(quorvel_test::unsignedBytes(in), 1, out, log));
   const std::string code(1, '\0');
-  EXPECT_TRUE(_qvUtf::gsm_to_utf8(test_bytes::unsignedBytes(code), 1, out, log));
+  EXPECT_TRUE(_qvUtf::gsm_to_utf8(quorvel_test::unsignedBytes(code), 1, out, log));
   EXPECT_TRUE(_qvUtf::gsm_to_utf8(nullptr, 0, out, log));
   EXPECT_TRUE(_qvUtf::utf8_to_gsm(nullptr, 0, out, log));
   EXPECT_EQ(hex(out), "78 00 40");

@@ -8,8 +8,8 @@
 
 #include "quorvel/pages/HashConvert.h"
 #include "tests/helpers/Memory.h"
-#include "tests/support/RecordingLog.h"
-#include "tests/support/Tables.h"
+#include "tests/helpers/RecordingLog.h"
+#include "tests/helpers/Tables.h"
 
 namespace {
 

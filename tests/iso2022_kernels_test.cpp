@@ -49,7 +49,7 @@ Converted convertedBy(Method method, const unsigned char* in, std::size_t size, 
   Converter converter;
   DataBuffer out;
   EXPECT_TRUE((converter.*method)(in, static_cast<int>(size), out, more...));
-  return {test_bytes::contentOf(out), converter.m_hadError};
+  return {quorvel_test::contentOf(out), converter.m_hadError};
 }
 
 Converted toShiftJis(const unsigned char* in, std::size_t size) {

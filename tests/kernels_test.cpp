@@ -93,7 +93,7 @@ TEST_P(Kernels, FindEachIllFormedSequenceAtEachPlaceOfABlock) {
   const std::string ascii(130, 'z');
   const std::string afters[] = {ascii, inUtf8(U"\u0436\u0436\u0436\u0436") + ascii};
   for (const reference::IllFormedUtf8& row : reference::illFormedUtf8) {
-    const std::string bad = test_bytes::unhex(row.bytes);
+    const std::string bad = quorvel_test::byteString(row.bytes);
     for (const std::u32string_view filler : fillers) {
       std::string before;
       for (int count = 0; count < 150; ++count) {

@@ -4,9 +4,9 @@
 
 #include "quorvel/base/StringBuffer.h"
 #include "quorvel/names/Psdk.h"
-#include "tests/support/Conversion.h"
-#include "tests/support/RecordingLog.h"
-#include "tests/support/ThrowingSink.h"
+#include "tests/helpers/Conversion.h"
+#include "tests/helpers/RecordingLog.h"
+#include "tests/helpers/ThrowingSink.h"
 
 namespace {
 

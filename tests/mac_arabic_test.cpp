@@ -3,7 +3,7 @@
 #include <string>
 
 #include "quorvel/pages/MacArabic.hpp"
-#include "tests/support/Hex.h"
+#include "tests/helpers/Bytes.h"
 
 namespace {
 

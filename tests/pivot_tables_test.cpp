@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "tests/support/Conversion.h"
-#include "tests/support/RecordingLog.h"
-#include "tests/support/ThrowingSink.h"
+#include "tests/helpers/Conversion.h"
+#include "tests/helpers/RecordingLog.h"
+#include "tests/helpers/ThrowingSink.h"
 
 namespace {
 

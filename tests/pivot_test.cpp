@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "tests/support/Conversion.h"
-#include "tests/support/RecordingLog.h"
+#include "tests/helpers/Conversion.h"
+#include "tests/helpers/RecordingLog.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 
 #include "quorvel/support/EncodingConvert.h"
 #include "tests/helpers/Seed.h"
+#include "tests/helpers/Tables.h"
 #include "tests/reference/Differential.h"
-#include "tests/support/Tables.h"
 
 namespace {
 

@@ -9,10 +9,10 @@
 #include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/unicode/Japanese.h"
+#include "tests/helpers/Conversion.h"
+#include "tests/helpers/RecordingLog.h"
+#include "tests/helpers/TableRoutes.h"
 #include "tests/reference/Converter.h"
-#include "tests/support/Conversion.h"
-#include "tests/support/RecordingLog.h"
-#include "tests/support/TableRoutes.h"
 
 namespace {
 

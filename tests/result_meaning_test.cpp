@@ -8,7 +8,7 @@
 
 #include "quorvel/base/NullLog.h"
 #include "quorvel/support/EncodingConvert.h"
-#include "tests/support/Conversion.h"
+#include "tests/helpers/Conversion.h"
 
 namespace {
 

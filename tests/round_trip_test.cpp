@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "tests/support/Conversion.h"
+#include "tests/helpers/Conversion.h"
 
 namespace {
 
@@ -76,7 +76,7 @@ Bytes converted(int from, int to, const Bytes& text, bool result, bool hadError)
   EXPECT_EQ(converter.EncConvert(from, to, text.data(), sizeOf(text), out, log), result)
       << from << " to " << to;
   EXPECT_EQ(converter.m_hadError, hadError) << from << " to " << to;
-  return contentOf(out);
+  return bytesOf(out);
 }
 
 /// The scalar values from `first` on, behind an "a" that keeps U+FEFF and

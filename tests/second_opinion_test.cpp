@@ -16,7 +16,7 @@
 #include "quorvel/base/NullLog.h"
 #include "quorvel/support/EncodingConvert.h"
 #include "tests/CodePageFile.h"
-#include "tests/support/Hex.h"
+#include "tests/helpers/Bytes.h"
 
 namespace {
 
@@ -57,7 +57,7 @@ class Quorvel : public Opinion {
     NullLog log;
     DataBuffer out;
     const bool ok = converter.EncConvert(from, to, text.data(), sizeOf(text), out, log);
-    return ok && !converter.m_hadError ? contentOf(out) : Bytes();
+    return ok && !converter.m_hadError ? bytesOf(out) : Bytes();
   }
 
   int m_codePage;

@@ -10,8 +10,8 @@
 
 #include "quorvel/support/EncodingConvert.h"
 #include "tests/helpers/Memory.h"
-#include "tests/support/RecordingLog.h"
-#include "tests/support/Tables.h"
+#include "tests/helpers/RecordingLog.h"
+#include "tests/helpers/Tables.h"
 #include "tools/Base64.h"
 
 namespace {

@@ -15,14 +15,14 @@
 #include "quorvel/support/EncodingConvert.h"
 #include "tests/helpers/Kernels.h"
 #include "tests/helpers/Seed.h"
-#include "tests/support/Tables.h"
+#include "tests/helpers/Tables.h"
 
 namespace quorvel {
 namespace {
 
 using kernel::Target;
+using quorvel_test::hex;
 using quorvel_test::tableOf;
-using test_bytes::hex;
 using test_kernels::Edge;
 using test_kernels::FencedBytes;
 using test_seed::Random;

@@ -11,8 +11,8 @@
 #include "quorvel/names/CharsetNaming.h"
 #include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
+#include "tests/helpers/Conversion.h"
 #include "tests/reference/Converter.h"
-#include "tests/support/Conversion.h"
 
 namespace {
 
@@ -38,7 +38,7 @@ Bytes converted(int from, int to, const Bytes& input) {
   DataBuffer out;
   EncodingConvert converter;
   converter.EncConvert(from, to, input.data(), sizeOf(input), out, log);
-  return contentOf(out);
+  return bytesOf(out);
 }
 
 /// Every byte, and every pair of a lead byte and one of some trail bytes.

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "quorvel/unicode/_qvUtf.h"
-#include "tests/support/Conversion.h"
-#include "tests/support/RecordingLog.h"
+#include "tests/helpers/Conversion.h"
+#include "tests/helpers/RecordingLog.h"
 
 namespace {
 
@@ -361,7 +361,7 @@ void expectTranscoded(Transcoder transcoder, EncodingConvert converter, const By
   DataBuffer written;
   const Bytes input = head + tail;
   EXPECT_TRUE((converter.*transcoder)(input.data(), sizeOf(input), written, log));
-  ASSERT_TRUE(contentOf(written) == out + tailOut) << head.size() << " bytes before " << hex(tail);
+  ASSERT_TRUE(bytesOf(written) == out + tailOut) << head.size() << " bytes before " << hex(tail);
 }
 
 TEST(Utf8ToUtf16, IsWholeAroundTheEdgesOfItsBlocks) {

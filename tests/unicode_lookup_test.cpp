@@ -4,8 +4,8 @@
 
 #include "quorvel/pages/UnicodeLookup.h"
 #include "quorvel/support/EncodingConvert.h"
-#include "tests/support/RecordingLog.h"
-#include "tests/support/Tables.h"
+#include "tests/helpers/RecordingLog.h"
+#include "tests/helpers/Tables.h"
 
 namespace {
 

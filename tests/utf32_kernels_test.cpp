@@ -81,7 +81,7 @@ TEST_P(Utf32Kernels, FindEachIllFormedSequenceAtEachPlaceOfABlock) {
                                          U"a\u00E9\u3042\U0010FFFF"};
   const std::string after(130, 'z');
   for (const reference::IllFormedUtf8& row : reference::illFormedUtf8) {
-    const std::string bad = test_bytes::unhex(row.bytes);
+    const std::string bad = quorvel_test::byteString(row.bytes);
     for (const std::u32string_view filler : fillers) {
       for (std::string before; before.size() < 200; before += inUtf8(filler)) {
         for (const char* shift : {"", "x", "xx"}) {

@@ -12,15 +12,15 @@
 namespace quorvel {
 namespace {
 
+using quorvel_test::byteString;
+using quorvel_test::contentOf;
+using quorvel_test::fill;
+using quorvel_test::hex;
+using quorvel_test::sizeOf;
+using quorvel_test::unit32;
+using quorvel_test::unsignedBytes;
 using reference::IllFormedUtf8;
 using reference::illFormedUtf8;
-using test_bytes::contentOf;
-using test_bytes::fill;
-using test_bytes::hex;
-using test_bytes::sizeOf;
-using test_bytes::unhex;
-using test_bytes::unit32;
-using test_bytes::unsignedBytes;
 using test_memory::GuardedBytes;
 
 constexpr bool hostIsBigEndian = std::endian::native == std::endian::big;
@@ -84,7 +84,7 @@ Result rawToUtf32(bool bigEndian, std::string_view text) {
 }
 
 void expectUtf8(std::u32string_view units, bool ok, const char* expected) {
-  const Result wanted{ok, unhex(expected)};
+  const Result wanted{ok, byteString(expected)};
   EXPECT_EQ(toUtf8(hostUtf32(units)), wanted);
   EXPECT_EQ(rawToUtf8(hostUtf32(units)), wanted);
 }
@@ -173,9 +173,9 @@ TEST(Utf32ToUtf8, TakesNothingForNoUnits) {
 }
 
 TEST(Utf8ToUtf32, WritesEitherByteOrder) {
-  const std::string text = unhex("63 C3 A9 E2 82 AC F0 9F 98 80");
-  expectUtf32(text, {true, unhex("00000063 000000E9 000020AC 0001F600")}, true);
-  expectUtf32(text, {true, unhex("63000000 E9000000 AC200000 00F60100")}, false);
+  const std::string text = byteString("63 C3 A9 E2 82 AC F0 9F 98 80");
+  expectUtf32(text, {true, byteString("00000063 000000E9 000020AC 0001F600")}, true);
+  expectUtf32(text, {true, byteString("63000000 E9000000 AC200000 00F60100")}, false);
 }
 
 TEST(Utf8ToUtf32, TakesNothingForAnEmptyText) {
@@ -188,8 +188,8 @@ TEST(Utf8ToUtf32, TakesNothingForAnEmptyText) {
 }
 
 TEST(Utf8ToUtf32, KeepsNulAndTheByteOrderMark) {
-  expectUtf32(unhex("EF BB BF 61 00 62"), {true, unhex("0000FEFF 00000061 00000000 00000062")},
-              true);
+  expectUtf32(byteString("EF BB BF 61 00 62"),
+              {true, byteString("0000FEFF 00000061 00000000 00000062")}, true);
 }
 
 TEST(Utf8ToUtf32, DecodesEveryScalarValueInBothOrders) {
@@ -228,7 +228,8 @@ TEST(Utf8ToUtf32, ReplacesEachIllFormedSubpart) {
        "00000061 0000FFFD 0000FFFD 0000FFFD 00000062 0000FFFD 00000063 0000FFFD 0000FFFD 00000064"},
       {"FF FE 41", "0000FFFD 0000FFFD 00000041"},
   };
-  for (const auto& test : cases) expectUtf32(unhex(test.text), {false, unhex(test.units)}, true);
+  for (const auto& test : cases)
+    expectUtf32(byteString(test.text), {false, byteString(test.units)}, true);
 }
 
 TEST(Utf8ToUtf32, ReplacesEachClassOfErrorBetweenAnyTwoCharacters) {
@@ -238,7 +239,7 @@ TEST(Utf8ToUtf32, ReplacesEachClassOfErrorBetweenAnyTwoCharacters) {
       SCOPED_TRACE(std::string(example.name) + " before character " + std::to_string(at));
       const std::u32string before = text.substr(0, at);
       const std::u32string after = text.substr(at);
-      const std::string bytes = utf8(before) + unhex(example.bytes) + utf8(after);
+      const std::string bytes = utf8(before) + byteString(example.bytes) + utf8(after);
       const std::u32string units = before + std::u32string(example.subparts, U'\uFFFD') + after;
       for (const bool bigEndian : {true, false})
         expectUtf32(bytes, {false, utf32(bigEndian, units)}, bigEndian);
@@ -257,7 +258,7 @@ TEST(Utf8ToUtf32, ReplacesEachClassOfErrorAtEveryByteOfAText) {
   const std::string text = utf8(U"a\u00E9\u20AC\U0001F600z");
   for (const IllFormedUtf8& example : illFormedUtf8)
     for (std::size_t at = 0; at <= text.size(); ++at)
-      expectAgreement(std::string(text).insert(at, unhex(example.bytes)));
+      expectAgreement(std::string(text).insert(at, byteString(example.bytes)));
 }
 
 TEST(Utf8ToUtf32, AgreesWithTheTableOnEveryTextCutOff) {

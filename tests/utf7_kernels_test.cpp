@@ -25,7 +25,7 @@ Converted decoded(const unsigned char* in, std::size_t size) {
   source.borrowData(const_cast<unsigned char*>(in), static_cast<unsigned int>(size));
   DataBuffer out;
   const bool isClean = _qvUtf::Utf7ToUtf16_xe(source, out);
-  return {test_bytes::contentOf(out), isClean};
+  return {quorvel_test::contentOf(out), isClean};
 }
 
 Converted encoded(const unsigned char* in, std::size_t size) {
@@ -33,12 +33,12 @@ Converted encoded(const unsigned char* in, std::size_t size) {
   source.borrowData(const_cast<unsigned char*>(in), static_cast<unsigned int>(size));
   DataBuffer out;
   const bool isWhole = _qvUtf::Utf16XEToUtf7(source, out);
-  return {test_bytes::contentOf(out), isWhole};
+  return {quorvel_test::contentOf(out), isWhole};
 }
 
 Converted expected(std::string_view text) {
   const reference::Utf7Text result = reference::decodeUtf7(text);
-  return {test_bytes::hostUnits(result.units), result.wellFormed};
+  return {quorvel_test::hostUnits(result.units), result.wellFormed};
 }
 
 constexpr test_kernels::StatefulDirection<Utf7Run> reading{
@@ -66,7 +66,7 @@ class Utf7Kernels : public test_kernels::StatefulKernelTest {
   }
 
   testing::AssertionResult agreesEncoding(std::u16string_view units) const {
-    return agreesFrom(writingRuns, writing, test_bytes::hostUnits(units));
+    return agreesFrom(writingRuns, writing, quorvel_test::hostUnits(units));
   }
 };
 

@@ -11,11 +11,11 @@
 namespace quorvel {
 namespace {
 
-using test_bytes::contentOf;
-using test_bytes::fill;
-using test_bytes::hex;
-using test_bytes::hostUnits;
-using test_bytes::sizeOf;
+using quorvel_test::contentOf;
+using quorvel_test::fill;
+using quorvel_test::hex;
+using quorvel_test::hostUnits;
+using quorvel_test::sizeOf;
 
 struct Result {
   bool ok;

@@ -12,11 +12,11 @@
 namespace quorvel {
 namespace {
 
+using quorvel_test::byteString;
+using quorvel_test::hex;
 using reference::encodeUtf8;
 using reference::Utf8Step;
 using reference::utf8Step;
-using test_bytes::hex;
-using test_bytes::unhex;
 using test_memory::GuardedBytes;
 
 struct Decoded {
@@ -59,7 +59,7 @@ struct Case {
 
 void expectDecoded(const Case& test) {
   GuardedBytes guarded;
-  EXPECT_EQ(decodeAt(guarded.place(unhex(test.bytes))), (Decoded{test.units, test.consumed}))
+  EXPECT_EQ(decodeAt(guarded.place(byteString(test.bytes))), (Decoded{test.units, test.consumed}))
       << test.bytes;
 }
 
@@ -143,7 +143,7 @@ TEST(Utf8Decoding, IsBoundedByAByteThatIsNoContinuationByte) {
   GuardedBytes guarded;
   for (const reference::IllFormedUtf8& example : reference::illFormedUtf8)
     for (const char* end : {"00", "41", "C3", "FF"}) {
-      const std::string bytes = unhex(example.bytes) + unhex(end);
+      const std::string bytes = byteString(example.bytes) + byteString(end);
       EXPECT_EQ(decodeAt(guarded.place(bytes)), expectedFrom(utf8Step(bytes))) << hex(bytes);
     }
 }

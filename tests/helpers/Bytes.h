@@ -1,61 +1,109 @@
 #pragma once
 
+#include <cstddef>
+#include <ostream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "quorvel/base/DataBuffer.h"
 
-/// Byte strings in and out of buffers, and their readable form: tests compare
-/// hexadecimal text, so that a failure shows the bytes.
-namespace quorvel::test_bytes {
+/// Bytes as the tests write, build and compare them. A failure shows them as
+/// hexadecimal text.
+namespace quorvel_test {
 
-inline std::string contentOf(const DataBuffer& buffer) {
+/// Bytes to convert. The vector has no spare room, so that the address sanitizer
+/// sees a read past its end; text that is put together and taken apart stays in
+/// strings.
+using Bytes = std::vector<unsigned char>;
+
+/// The value of one hexadecimal digit of either case.
+inline unsigned int hexDigit(char c) {
+  const std::size_t value = std::string_view("0123456789ABCDEF0123456789abcdef").find(c);
+  if (value == std::string_view::npos) throw std::invalid_argument("not a hexadecimal digit");
+  return static_cast<unsigned int>(value % 16);
+}
+
+/// Bytes written as hexadecimal pairs and quoted ASCII: "EF BB BF 'abc' 00".
+inline std::string byteString(std::string_view text) {
+  std::string result;
+  for (std::size_t i = 0; i < text.size();) {
+    if (text[i] == ' ') {
+      ++i;
+    } else if (text[i] == '\'') {
+      const std::size_t end = text.find('\'', i + 1);
+      if (end == std::string_view::npos) throw std::invalid_argument("quote not closed");
+      result += text.substr(i + 1, end - i - 1);
+      i = end + 1;
+    } else {
+      if (i + 1 == text.size()) throw std::invalid_argument("half a byte");
+      result += static_cast<char>(hexDigit(text[i]) << 4 | hexDigit(text[i + 1]));
+      i += 2;
+    }
+  }
+  return result;
+}
+
+/// The same, to be converted.
+inline Bytes bytes(std::string_view text) {
+  const std::string content = byteString(text);
+  return {content.begin(), content.end()};
+}
+
+/// The bytes as upper-case hexadecimal pairs with spaces between.
+inline std::string hex(const unsigned char* p, std::size_t n) {
+  constexpr char digits[] = "0123456789ABCDEF";
+  std::string result;
+  for (std::size_t i = 0; i < n; ++i) {
+    if (i != 0) result += ' ';
+    result += digits[p[i] >> 4];
+    result += digits[p[i] & 15];
+  }
+  return result;
+}
+
+inline const unsigned char* unsignedBytes(std::string_view text) {
+  return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+inline std::string hex(std::string_view text) { return hex(unsignedBytes(text), text.size()); }
+
+inline std::string hex(const Bytes& data) { return hex(data.data(), data.size()); }
+
+inline std::string hex(const quorvel::DataBuffer& data) {
+  return hex(data.getData2(), data.getSize());
+}
+
+/// The length as the converter takes it.
+inline unsigned int sizeOf(std::string_view text) { return static_cast<unsigned int>(text.size()); }
+
+inline unsigned int sizeOf(const Bytes& data) { return static_cast<unsigned int>(data.size()); }
+
+inline std::string contentOf(const quorvel::DataBuffer& buffer) {
   const auto* data = reinterpret_cast<const char*>(buffer.getData2());
   return data ? std::string(data, buffer.getSize()) : std::string();
 }
 
-inline const unsigned char* unsignedBytes(std::string_view bytes) {
-  return reinterpret_cast<const unsigned char*>(bytes.data());
+inline Bytes bytesOf(const quorvel::DataBuffer& buffer) {
+  return Bytes(buffer.getData2(), buffer.getData2() + buffer.getSize());
 }
 
-inline unsigned int sizeOf(std::string_view bytes) {
-  return static_cast<unsigned int>(bytes.size());
+inline void fill(quorvel::DataBuffer& buffer, std::string_view text) {
+  buffer.append(text.data(), sizeOf(text));
 }
 
-inline void fill(DataBuffer& buffer, std::string_view bytes) {
-  buffer.append(bytes.data(), sizeOf(bytes));
+inline Bytes operator+(Bytes left, const Bytes& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
 }
 
-/// "4A E9" for the bytes 4A and E9.
-inline std::string hex(std::string_view bytes) {
-  static constexpr char digits[] = "0123456789ABCDEF";
-  std::string text;
-  for (const char character : bytes) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (!text.empty()) text += ' ';
-    text += digits[byte >> 4];
-    text += digits[byte & 0xF];
-  }
-  return text;
-}
-
-inline std::string hex(const DataBuffer& buffer) { return hex(contentOf(buffer)); }
-
-/// The bytes of hexadecimal text; spaces are skipped.
-inline std::string unhex(std::string_view text) {
-  std::string bytes;
-  int high = -1;
-  for (const char digit : text) {
-    if (digit == ' ') continue;
-    const int value = digit <= '9' ? digit - '0' : digit - 'A' + 10;
-    if (high < 0) {
-      high = value;
-    } else {
-      bytes += static_cast<char>(high << 4 | value);
-      high = -1;
-    }
-  }
-  return bytes;
+/// `count` copies of `unit`, one after the other.
+inline Bytes repeated(std::size_t count, const Bytes& unit) {
+  Bytes result;
+  result.reserve(count * unit.size());
+  for (std::size_t i = 0; i < count; ++i) result.insert(result.end(), unit.begin(), unit.end());
+  return result;
 }
 
 /// A 16-bit unit as it stands in the memory of this host.
@@ -69,10 +117,22 @@ inline std::string hostUnits(std::u16string_view units) {
 
 /// A 32-bit unit, high byte first or low byte first.
 inline std::string unit32(bool bigEndian, char32_t unit) {
-  std::string bytes;
+  std::string result;
   for (int i = 0; i < 4; ++i)
-    bytes += static_cast<char>(unit >> (bigEndian ? 24 - 8 * i : 8 * i) & 0xFF);
-  return bytes;
+    result += static_cast<char>(unit >> (bigEndian ? 24 - 8 * i : 8 * i) & 0xFF);
+  return result;
 }
 
-}  // namespace quorvel::test_bytes
+/// What a transform gave: its result and what it wrote.
+struct Transformed {
+  bool ok;
+  std::string bytes;
+
+  bool operator==(const Transformed&) const = default;
+};
+
+inline std::ostream& operator<<(std::ostream& stream, const Transformed& transformed) {
+  return stream << (transformed.ok ? "true, " : "false, ") << hex(transformed.bytes);
+}
+
+}  // namespace quorvel_test

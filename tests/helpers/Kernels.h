@@ -69,9 +69,9 @@ class KernelTest : public testing::TestWithParam<Target> {
       const Transcoded got = run(direction, text, edge);
       if (got == expected) continue;
       return testing::AssertionFailure()
-             << direction.name << " of " << test_bytes::hex(text) << "\nstopped at " << got.consumed
-             << ", not " << expected.consumed << "\nwrote " << test_bytes::hex(got.bytes)
-             << "\nnot   " << test_bytes::hex(expected.bytes);
+             << direction.name << " of " << quorvel_test::hex(text) << "\nstopped at "
+             << got.consumed << ", not " << expected.consumed << "\nwrote "
+             << quorvel_test::hex(got.bytes) << "\nnot   " << quorvel_test::hex(expected.bytes);
     }
     return testing::AssertionSuccess();
   }

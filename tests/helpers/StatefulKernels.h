@@ -59,19 +59,19 @@ class StatefulKernelTest : public testing::TestWithParam<Target> {
       const Converted got = direction.convert(placed(text, edge), text.size());
       if (!(got == expected)) {
         return testing::AssertionFailure()
-               << direction.name << " of " << test_bytes::hex(text) << "\ngave " << got.flag << ", "
-               << test_bytes::hex(got.bytes) << "\nnot  " << expected.flag << ", "
-               << test_bytes::hex(expected.bytes);
+               << direction.name << " of " << quorvel_test::hex(text) << "\ngave " << got.flag
+               << ", " << quorvel_test::hex(got.bytes) << "\nnot  " << expected.flag << ", "
+               << quorvel_test::hex(expected.bytes);
       }
       for (const State& state : states) {
         const Ended<State> plain = run(direction, Target::scalar, text, edge, state);
         const Ended<State> ended = run(direction, GetParam(), text, edge, state);
         if (ended == plain) continue;
         return testing::AssertionFailure()
-               << direction.name << " of " << test_bytes::hex(text) << "\nfrom state "
+               << direction.name << " of " << quorvel_test::hex(text) << "\nfrom state "
                << &state - states << " stopped at " << ended.consumed << ", not " << plain.consumed
-               << ", wrote " << test_bytes::hex(ended.bytes) << "\nnot "
-               << test_bytes::hex(plain.bytes);
+               << ", wrote " << quorvel_test::hex(ended.bytes) << "\nnot "
+               << quorvel_test::hex(plain.bytes);
       }
     }
     return testing::AssertionSuccess();

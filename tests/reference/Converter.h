@@ -7,8 +7,8 @@
 #include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/unicode/_qvUtf.h"
+#include "tests/helpers/Bytes.h"
 #include "tests/reference/Utf8Reference.h"
-#include "tests/support/Hex.h"
 
 /// A second converter, the slow and obvious way: one character after the other,
 /// one byte after the other, every step in the order in which it is described.

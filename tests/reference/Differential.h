@@ -9,9 +9,9 @@
 #include "quorvel/support/BlockPivot.hpp"
 #include "quorvel/support/EncodingConvert.h"
 #include "tests/helpers/Memory.h"
+#include "tests/helpers/RecordingLog.h"
 #include "tests/helpers/Seed.h"
 #include "tests/reference/Converter.h"
-#include "tests/support/RecordingLog.h"
 
 /// Runs one conversion through the library and through the reference and says
 /// in what they differ.

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/RecordingLog.h"
+#include "tests/helpers/RecordingLog.h"
 
 namespace quorvel_test {
 

@@ -3,9 +3,9 @@
 #include <string_view>
 
 #include "quorvel/support/EncodingConvert.h"
+#include "tests/helpers/Conversion.h"
 #include "tests/helpers/Memory.h"
-#include "tests/support/Conversion.h"
-#include "tests/support/RecordingLog.h"
+#include "tests/helpers/RecordingLog.h"
 
 namespace quorvel_test {
 

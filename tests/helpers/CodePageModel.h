@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tests/CodePageFile.h"
-#include "tests/support/Hex.h"
+#include "tests/helpers/Bytes.h"
 
 namespace quorvel_test {
 

@@ -6,7 +6,7 @@
 
 #include "quorvel/base/NullLog.h"
 #include "quorvel/support/EncodingConvert.h"
-#include "tests/support/Hex.h"
+#include "tests/helpers/Bytes.h"
 
 namespace quorvel_test {
 

@@ -8,7 +8,7 @@
 #include "quorvel/base/NullLog.h"
 #include "quorvel/pages/HashConvert.h"
 #include "quorvel/pages/UnicodeLookup.h"
-#include "tests/support/Hex.h"
+#include "tests/helpers/Bytes.h"
 
 namespace quorvel_test {
 
