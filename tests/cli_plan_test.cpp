@@ -11,11 +11,13 @@
 #include "quorvel/names/CharsetNaming.h"
 #include "quorvel/pages/CodePageNumbers.hpp"
 #include "quorvel/support/EncodingConvert.h"
+#include "tests/helpers/Bytes.h"
 
 namespace {
 
 using namespace std::string_view_literals;
 using quorvel::DataBuffer;
+using quorvel_test::contentOf;
 using qvconv::Outcome;
 
 constexpr int shiftJis = quorvel::codePageShiftJis;
@@ -47,7 +49,7 @@ Result convert(int from, int to, std::string_view text) {
   DataBuffer out;
   in.append(text.data(), static_cast<unsigned int>(text.size()));
   const Outcome outcome = qvconv::convertText(from, to, in, out);
-  return {outcome, {reinterpret_cast<const char*>(out.getData2()), out.getSize()}};
+  return {outcome, contentOf(out)};
 }
 
 Result all(std::string_view out) { return {Outcome::all, std::string(out)}; }
@@ -298,7 +300,7 @@ std::string byLibrary(int from, int to, const std::string& text) {
   DataBuffer out;
   converter.EncConvert(from, to, reinterpret_cast<const unsigned char*>(text.data()),
                        static_cast<unsigned int>(text.size()), out, log);
-  return {reinterpret_cast<const char*>(out.getData2()), out.getSize()};
+  return contentOf(out);
 }
 
 std::string anyBytes(std::mt19937& random) {

@@ -67,15 +67,7 @@ const std::map<char32_t, std::string>& codes() {
   return all;
 }
 
-struct Result {
-  bool ok;
-  std::string bytes;
-  bool operator==(const Result&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Result& result) {
-  return stream << (result.ok ? "true, " : "false, ") << hex(result.bytes);
-}
+using Result = quorvel_test::Transformed;
 
 using Transform = bool (*)(const unsigned char*, unsigned int, DataBuffer&, LogBase&);
 

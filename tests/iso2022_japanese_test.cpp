@@ -10,11 +10,13 @@
 
 #include "quorvel/base/NullLog.h"
 #include "quorvel/unicode/Japanese.h"
+#include "tests/helpers/Bytes.h"
 
 namespace {
 
 using quorvel::DataBuffer;
 using quorvel::Japanese;
+using quorvel_test::contentOf;
 using std::string_literals::operator""s;
 
 using Conversion = bool (Japanese::*)(const unsigned char*, int, DataBuffer&, quorvel::LogBase&);
@@ -27,8 +29,7 @@ std::string run(Conversion conversion, std::string_view in) {
   quorvel::NullLog log;
   Japanese japanese;
   EXPECT_TRUE((japanese.*conversion)(bytes.data(), static_cast<int>(bytes.size()), out, log));
-  if (out.getSize() == 0) return {};
-  return {reinterpret_cast<const char*>(out.getData2()), out.getSize()};
+  return contentOf(out);
 }
 
 std::string read(std::string_view in) { return run(&Japanese::Iso2022ToShiftJis, in); }
@@ -279,8 +280,7 @@ TEST(Iso2022JpRoundTrip, AppendsBehindWhatTheBufferHolds) {
   out.append("kept ", 5);
   const unsigned char text[] = {0xB1};
   EXPECT_TRUE(Japanese().ShiftJisToIso2022(text, 1, out, log));
-  EXPECT_EQ("kept \x1B(I1\x1B(B",
-            std::string(reinterpret_cast<const char*>(out.getData2()), out.getSize()));
+  EXPECT_EQ("kept \x1B(I1\x1B(B", contentOf(out));
 }
 
 TEST(Iso2022JpRoundTrip, StaysInBoundsOnRandomBytes) {

@@ -6,11 +6,13 @@
 #include <vector>
 
 #include "quorvel/unicode/Korean.h"
+#include "tests/helpers/Bytes.h"
 
 namespace {
 
 using quorvel::DataBuffer;
 using quorvel::Korean;
+using quorvel_test::contentOf;
 using std::string_literals::operator""s;
 
 using Conversion = bool (Korean::*)(const unsigned char*, int, DataBuffer&);
@@ -22,8 +24,7 @@ std::string run(Conversion conversion, std::string_view in) {
   DataBuffer out;
   Korean korean;
   EXPECT_TRUE((korean.*conversion)(bytes.data(), static_cast<int>(bytes.size()), out));
-  if (out.getSize() == 0) return {};
-  return {reinterpret_cast<const char*>(out.getData2()), out.getSize()};
+  return contentOf(out);
 }
 
 const std::string header = "\x1B$)C";
@@ -174,8 +175,7 @@ TEST(Iso2022KrRoundTrip, AppendsBehindWhatTheBufferHolds) {
   out.append("kept ", 5);
   const unsigned char text[] = {0xB0, 0xA1};
   EXPECT_TRUE(Korean().KscToIso2022(text, 2, out));
-  EXPECT_EQ("kept " + header + "\x0E\x30\x21\x0F",
-            std::string(reinterpret_cast<const char*>(out.getData2()), out.getSize()));
+  EXPECT_EQ("kept " + header + "\x0E\x30\x21\x0F", contentOf(out));
 }
 
 TEST(Iso2022KrRoundTrip, StaysInBoundsOnRandomBytes) {

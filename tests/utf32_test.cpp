@@ -25,15 +25,7 @@ using test_memory::GuardedBytes;
 
 constexpr bool hostIsBigEndian = std::endian::native == std::endian::big;
 
-struct Result {
-  bool ok;
-  std::string bytes;
-  bool operator==(const Result&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Result& result) {
-  return stream << (result.ok ? "true, " : "false, ") << hex(result.bytes);
-}
+using Result = quorvel_test::Transformed;
 
 std::string utf32(bool bigEndian, std::u32string_view units) {
   std::string bytes;

@@ -17,16 +17,7 @@ using quorvel_test::hex;
 using quorvel_test::hostUnits;
 using quorvel_test::sizeOf;
 
-struct Result {
-  bool ok;
-  std::string bytes;
-  bool operator==(const Result&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Result& result) {
-  return stream << (result.ok ? "true, \"" : "false, \"") << result.bytes << "\" "
-                << hex(result.bytes);
-}
+using Result = quorvel_test::Transformed;
 
 using Transform = bool (*)(DataBuffer&, DataBuffer&);
 
