@@ -13,7 +13,6 @@ namespace {
 
 using quorvel_test::contentOf;
 using quorvel_test::fill;
-using quorvel_test::hex;
 using quorvel_test::hostUnits;
 using quorvel_test::sizeOf;
 
