@@ -92,18 +92,9 @@ const ToUnicodeTable* tableToDecode(int codePage, LogBase& log) {
 bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* in,
                                          unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  return inLogContext(log, tableDecodingContext, [&] {
-    if (log.m_verboseLogging) {
-      log.LogDataLong("fromCodePage", fromCodePage);
-      log.LogDataLong("inDataLen", static_cast<long>(inLen));
-    }
-    const ToUnicodeTable* table = tableToDecode(fromCodePage, log);
-    if (!table) return false;
+  return inTableDecoding(fromCodePage, inLen, log, [&](const ToUnicodeTable& table) {
     const unsigned char* end = in + inLen;
-    const auto decode = [&] {
-      return decodeByTable(*this, *table, {in, end, end}, out, log) != nullptr;
-    };
-    return table->lookup ? inLogContext(log, lookupDecodingContext, decode) : decode();
+    return decodeByTable(*this, table, {in, end, end}, out, log) != nullptr;
   });
 }
 

@@ -1,6 +1,7 @@
 // The one operation through which every conversion between two numbered code
 // pages passes: it settles the trivial cases, rewrites sources that need it
-// before anything else and wraps the destinations that the pivot does not know.
+// before anything else and wraps the destinations that the routes (Routes.cpp) do
+// not know.
 
 #include <algorithm>
 #include <cstring>
@@ -11,6 +12,8 @@
 #include "quorvel/base/qvHelpers.h"
 #include "quorvel/pages/CodePageNumbers.hpp"
 #include "quorvel/pages/MacArabic.hpp"
+#include "quorvel/support/ByteOrderMark.hpp"
+#include "quorvel/support/Conversion.hpp"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/unicode/ByteOrder.hpp"
 #include "quorvel/unicode/Japanese.h"
@@ -21,19 +24,12 @@ namespace quorvel {
 
 namespace {
 
-/// One request, as the steps pass it on.
-struct Request {
-  int fromCodePage;
-  int toCodePage;
-  const unsigned char* data;
-  unsigned int numBytes;
-};
-
 bool isPdf(const unsigned char* data, unsigned int numBytes) {
   constexpr char signature[] = "%PDF-1";
   constexpr unsigned int length = sizeof signature - 1;
-  // The signature alone is text like any other; only with more behind it is it
-  // the beginning of a document.
+  // contract: the signature alone is text like any other; only with more behind it
+  // is it the beginning of a document. Mail readers that convert every attachment
+  // rely on documents coming through whole, whatever the code pages.
   return numBytes > length && std::memcmp(data, signature, length) == 0;
 }
 
@@ -44,138 +40,124 @@ bool fitsInt(unsigned int numBytes) {
   return numBytes <= static_cast<unsigned int>(std::numeric_limits<int>::max());
 }
 
-bool convertDecoded(EncodingConvert& converter, int codePage, int toCodePage,
-                    const DataBuffer& decoded, DataBuffer& out, LogBase& log) {
-  return converter.EncConvert(codePage, toCodePage, decoded.getData2(), decoded.getSize(), out,
-                              log);
+// The text goes on as that in `decoded`.
+bool convertDecoded(const Conversion& text, int codePage, const DataBuffer& decoded) {
+  return text.converter.EncConvert(codePage, text.to, decoded.getData2(), decoded.getSize(),
+                                   text.out, text.log);
 }
 
-bool fromIso2022Jp(EncodingConvert& converter, const Request& request, DataBuffer& out,
-                   LogBase& log) {
-  if (log.m_verboseLogging) log.logInfo("Converting from iso-2022-*");
+bool fromIso2022Jp(const Conversion& text) {
+  if (text.log.m_verboseLogging) text.log.logInfo("Converting from iso-2022-*");
   DataBuffer shiftJis;
-  if (!fitsInt(request.numBytes) ||
-      !Japanese().Iso2022ToShiftJis(request.data, static_cast<int>(request.numBytes), shiftJis,
-                                    log)) {
+  if (!fitsInt(text.numBytes) ||
+      !Japanese().Iso2022ToShiftJis(text.data, static_cast<int>(text.numBytes), shiftJis,
+                                    text.log)) {
     return false;
   }
   if (shiftJis.getSize() == 0) return true;
-  if (request.toCodePage == codePageShiftJis) return out.append(shiftJis);
-  return convertDecoded(converter, codePageShiftJis, request.toCodePage, shiftJis, out, log);
+  if (text.to == codePageShiftJis) return text.out.append(shiftJis);
+  return convertDecoded(text, codePageShiftJis, shiftJis);
 }
 
-bool fromIso2022Kr(EncodingConvert& converter, const Request& request, DataBuffer& out,
-                   LogBase& log) {
+bool fromIso2022Kr(const Conversion& text) {
   DataBuffer ksc;
-  if (!fitsInt(request.numBytes) ||
-      !Korean().Iso2022ToKsc(request.data, static_cast<int>(request.numBytes), ksc)) {
+  if (!fitsInt(text.numBytes) ||
+      !Korean().Iso2022ToKsc(text.data, static_cast<int>(text.numBytes), ksc)) {
     return false;
   }
   if (ksc.getSize() == 0) return true;
-  return convertDecoded(converter, codePageKorean, request.toCodePage, ksc, out, log);
+  return convertDecoded(text, codePageKorean, ksc);
 }
 
-bool convertVia(EncodingConvert& converter, int codePage, const Request& request, DataBuffer& out,
-                LogBase& log) {
-  return converter.convert_a(request.fromCodePage, codePage, request.data, request.numBytes, out,
-                             log);
-}
-
-bool toUtf7(EncodingConvert& converter, const Request& request, DataBuffer& out, LogBase& log) {
+bool toUtf7(const Conversion& text) {
   DataBuffer utf16;
   const int hostOrder = qvIsLittleEndian() ? codePageUtf16le : codePageUtf16be;
-  return convertVia(converter, hostOrder, request, utf16, log) && _qvUtf::Utf16XEToUtf7(utf16, out);
+  return convertByRoute(text.into(hostOrder, utf16)) && _qvUtf::Utf16XEToUtf7(utf16, text.out);
 }
 
-bool toUtf32(EncodingConvert& converter, const Request& request, DataBuffer& out, LogBase& log) {
+bool toUtf32(const Conversion& text) {
   DataBuffer utf8;
-  if (request.fromCodePage == codePageUtf8) {
+  if (text.from == codePageUtf8) {
     // Only read, and not copied; a mark in front of the text stays a character.
-    utf8.borrowData(const_cast<unsigned char*>(request.data), request.numBytes);
-  } else if (!convertVia(converter, codePageUtf8, request, utf8, log)) {
+    utf8.borrowData(const_cast<unsigned char*>(text.data), text.numBytes);
+  } else if (!convertByRoute(text.into(codePageUtf8, utf8))) {
     return false;
   }
-  return _qvUtf::Utf8toUtf32(isBigEndian(request.toCodePage), utf8, out);
+  return _qvUtf::Utf8toUtf32(isBigEndian(text.to), utf8, text.out);
 }
 
-// The pivot always gives the low byte first, whatever the host. What it gave is
-// kept even when it failed: only the error flag tells.
-bool toUtf16be(EncodingConvert& converter, const Request& request, DataBuffer& out, LogBase& log) {
-  converter.m_toCodePage = codePageUtf16le;
+// The routes always give the low byte first, whatever the host.
+//
+// contract: what they gave is kept even when they failed, and the result is true:
+// only the error flag tells. Callers who want what can be had rely on it.
+bool toUtf16be(const Conversion& text) {
+  text.converter.m_toCodePage = codePageUtf16le;
   DataBuffer utf16;
-  if (!convertVia(converter, codePageUtf16le, request, utf16, log)) converter.m_hadError = true;
-  return appendReversed(utf16.getData2(), utf16.getSize(), 2, out);
+  if (!convertByRoute(text.into(codePageUtf16le, utf16))) text.converter.m_hadError = true;
+  return appendReversed(utf16.getData2(), utf16.getSize(), 2, text.out);
 }
 
-bool toIso2022Jp(EncodingConvert& converter, const Request& request, DataBuffer& out,
-                 LogBase& log) {
+bool toIso2022Jp(const Conversion& text) {
   DataBuffer shiftJis;
-  const bool ok = convertVia(converter, codePageShiftJis, request, shiftJis, log);
-  if (!ok) converter.m_hadError = true;
+  const bool ok = convertByRoute(text.into(codePageShiftJis, shiftJis));
+  if (!ok) text.converter.m_hadError = true;
   const unsigned int length = shiftJis.getSize();
   if (length == 0) return ok;
   return fitsInt(length) &&
-         Japanese().ShiftJisToIso2022(shiftJis.getData2(), static_cast<int>(length), out, log) &&
+         Japanese().ShiftJisToIso2022(shiftJis.getData2(), static_cast<int>(length), text.out,
+                                      text.log) &&
          ok;
 }
 
-bool toIso2022Kr(EncodingConvert& converter, const Request& request, DataBuffer& out,
-                 LogBase& log) {
+bool toIso2022Kr(const Conversion& text) {
   DataBuffer ksc;
-  const bool ok = convertVia(converter, codePageKorean, request, ksc, log);
-  if (!ok) converter.m_hadError = true;
+  const bool ok = convertByRoute(text.into(codePageKorean, ksc));
+  if (!ok) text.converter.m_hadError = true;
   const unsigned int length = ksc.getSize();
   if (length == 0) return ok;
-  return fitsInt(length) && Korean().KscToIso2022(ksc.getData2(), static_cast<int>(length), out) &&
-         ok;
+  return fitsInt(length) &&
+         Korean().KscToIso2022(ksc.getData2(), static_cast<int>(length), text.out) && ok;
 }
 
-bool takeDestinationRoute(EncodingConvert& converter, const Request& request, DataBuffer& out,
-                          LogBase& log) {
-  const int to = request.toCodePage;
-  if (to == codePageUtf7) return toUtf7(converter, request, out, log);
-  if (isUtf32(to)) return toUtf32(converter, request, out, log);
-  if (to == codePageUtf16be) return toUtf16be(converter, request, out, log);
-  if (isIso2022Jp(to)) return toIso2022Jp(converter, request, out, log);
-  if (to == codePageIso2022Kr) return toIso2022Kr(converter, request, out, log);
-  return convertVia(converter, to, request, out, log);
+bool takeDestinationRoute(const Conversion& text) {
+  if (text.to == codePageUtf7) return toUtf7(text);
+  if (isUtf32(text.to)) return toUtf32(text);
+  if (text.to == codePageUtf16be) return toUtf16be(text);
+  if (isIso2022Jp(text.to)) return toIso2022Jp(text);
+  if (text.to == codePageIso2022Kr) return toIso2022Kr(text);
+  return convertByRoute(text);
 }
 
-bool convertOrdered(EncodingConvert& converter, const Request& request, DataBuffer& out,
-                    LogBase& log) {
-  if (isIso2022Jp(request.fromCodePage)) return fromIso2022Jp(converter, request, out, log);
-  if (request.fromCodePage == codePageIso2022Kr) return fromIso2022Kr(converter, request, out, log);
+bool convertOrdered(const Conversion& text) {
+  if (isIso2022Jp(text.from)) return fromIso2022Jp(text);
+  if (text.from == codePageIso2022Kr) return fromIso2022Kr(text);
 
-  converter.m_honorPassthroughMarkers = false;
-  converter.m_fromCodePage = request.fromCodePage;
-  converter.m_toCodePage = request.toCodePage;
-  return takeDestinationRoute(converter, request, out, log);
+  text.converter.m_honorPassthroughMarkers = false;
+  text.converter.m_fromCodePage = text.from;
+  text.converter.m_toCodePage = text.to;
+  return takeDestinationRoute(text);
 }
 
-bool convertAccepted(EncodingConvert& converter, const Request& request, DataBuffer& out,
-                     LogBase& log) {
-  if (request.fromCodePage != codePageMacArabic) {
-    return convertOrdered(converter, request, out, log);
-  }
-  const std::unique_ptr<unsigned char[]> logicalOrder(qvNewUnsignedChar(request.numBytes));
+bool convertAccepted(const Conversion& text) {
+  if (text.from != codePageMacArabic) return convertOrdered(text);
+  const std::unique_ptr<unsigned char[]> logicalOrder(qvNewUnsignedChar(text.numBytes));
   if (!logicalOrder) return false;
-  std::copy_n(request.data, request.numBytes, logicalOrder.get());
-  reorderMacArabic(logicalOrder.get(), request.numBytes);
-  Request ordered = request;
+  std::copy_n(text.data, text.numBytes, logicalOrder.get());
+  reorderMacArabic(logicalOrder.get(), text.numBytes);
+  Conversion ordered = text;
   ordered.data = logicalOrder.get();
-  return convertOrdered(converter, ordered, out, log);
+  return convertOrdered(ordered);
 }
 
 struct Preamble {
   int codePage;
-  unsigned char bytes[3];
-  unsigned int length;
+  const ByteOrderMark& mark;
 };
 
 constexpr Preamble preambles[] = {
-    {codePageUtf16le, {0xFF, 0xFE}, 2},
-    {codePageUtf16be, {0xFE, 0xFF}, 2},
-    {codePageUtf8, {0xEF, 0xBB, 0xBF}, 3},
+    {codePageUtf16le, markUtf16le},
+    {codePageUtf16be, markUtf16be},
+    {codePageUtf8, markUtf8},
 };
 
 }  // namespace
@@ -198,7 +180,7 @@ bool EncodingConvert::EncConvert(int fromCodePage, int toCodePage, const unsigne
       return true;
     }
     if (!isAccepted(from) || !isAccepted(to)) return false;
-    const bool ok = convertAccepted(*this, {from, to, data, numBytes}, out, log);
+    const bool ok = convertAccepted({*this, from, to, data, numBytes, out, log});
     if (!ok) m_hadError = true;
     return ok;
   });
@@ -210,7 +192,9 @@ bool EncodingConvert::EncConvertWithPreamble(int fromCodePage, int toCodePage,
   m_hadError = false;
   const int destination = toCodePage ? toCodePage : fromCodePage;
   for (const Preamble& preamble : preambles) {
-    if (preamble.codePage == destination) out.append(preamble.bytes, preamble.length);
+    if (preamble.codePage == destination) {
+      out.append(preamble.mark.bytes, preamble.mark.length);
+    }
   }
   return EncConvert(fromCodePage, destination, data, numBytes, out, log);
 }

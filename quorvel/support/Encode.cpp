@@ -6,7 +6,6 @@
 #include <memory>
 
 #include "quorvel/base/BlockRunner.hpp"
-#include "quorvel/base/InLogContext.hpp"
 #include "quorvel/base/qvHelpers.h"
 #include "quorvel/kernel/Target.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
@@ -15,8 +14,10 @@
 #include "quorvel/pages/CodePages.hpp"
 #include "quorvel/pages/TableLoops.hpp"
 #include "quorvel/pages/TableRegistry.hpp"
+#include "quorvel/support/ByteOrderMark.hpp"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/ErrorPolicy.hpp"
+#include "quorvel/support/MarkerFlags.hpp"
 #include "quorvel/support/PassthroughMarker.hpp"
 #include "quorvel/support/ScopedRestore.hpp"
 #include "quorvel/support/Steps.hpp"
@@ -29,15 +30,29 @@ bool isMarker(const unsigned char* in) {
   return in[0] == passthroughMarker[0] && in[1] == passthroughMarker[1];
 }
 
-// Writes the unit at `in` in the code page that the conversion comes from, with
+// contract: once a unit has been written in the code page that the text came from,
+// the rest of the text is encoded as if UTF-16 had been the source. Readers of hex
+// references rely on it: in `a&#xE9;&#xE900;b` the second E9 is shown as a unit. A
+// byte-order mark, or a text that came from 1200, is copied and changes nothing.
+void endHonouring(EncodingConvert& converter, const unsigned char* unit) {
+  const bool isCopied = converter.m_fromCodePage == codePageUtf16le;
+  const bool isMark = markUtf16le.startsText(unit, 2) || markUtf16be.startsText(unit, 2);
+  if (!isCopied && !isMark) setMarkers(converter, neither);
+}
+
+// Writes the unit at `unit` in the code page that the conversion comes from, with
 // errors on the way dropped so that they cannot come back here.
 void convertBack(EncodingConvert& converter, const unsigned char* unit, DataBuffer& out,
                  LogBase& log) {
-  const ScopedRestore action(converter.m_errorAction);
-  const ScopedRestore from(converter.m_fromCodePage);
-  const ScopedRestore to(converter.m_toCodePage);
-  converter.m_errorAction = 0;
-  converter.convert_a(codePageUtf16le, converter.m_fromCodePage, unit, 2, out, log);
+  {
+    const ScopedRestore action(converter.m_errorAction);
+    const ScopedRestore from(converter.m_fromCodePage);
+    const ScopedRestore to(converter.m_toCodePage);
+    const ScopedMarkers markers(converter);
+    converter.m_errorAction = 0;
+    converter.convert_a(codePageUtf16le, converter.m_fromCodePage, unit, 2, out, log);
+  }
+  endHonouring(converter, unit);
 }
 
 // The hexadecimal digits of the unit in the source code page, unlike the
@@ -195,15 +210,8 @@ const FromUnicodeTable* tableToEncode(int codePage, LogBase& log) {
 bool EncodingConvert::convertFromUnicodeHC(int toCodePage, const unsigned char* in,
                                            unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  return inLogContext(log, tableEncodingContext, [&] {
-    if (log.m_verboseLogging) {
-      log.LogDataLong("toCodePage", toCodePage);
-      log.LogDataLong("inDataLen", static_cast<long>(inLen));
-      log.LogDataLong("isLittleEndian", qvIsLittleEndian() ? 1 : 0);
-    }
-    const FromUnicodeTable* table = tableToEncode(toCodePage, log);
-    if (!table || inLen < 2) return false;
-    return succeeded(encodeByTable(*this, *table, wholeText(in, inLen), out, log));
+  return inTableEncoding(toCodePage, inLen, log, [&](const FromUnicodeTable& table) {
+    return succeeded(encodeByTable(*this, table, wholeText(in, inLen), out, log));
   });
 }
 

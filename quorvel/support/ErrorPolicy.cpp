@@ -65,6 +65,11 @@ void writeHexReference(const EncodingConvert& converter, const Offender& offende
 
 // Converts the offender to the alternate code page, with errors inside that
 // conversion dropped so that they cannot come back here.
+//
+// contract: the marker flags stay as that conversion leaves them, honouring unset
+// unless it copied or refused; and it begins by clearing the error flag, so that
+// this then tells of it alone. Callers who ask the flag whether the replacement had
+// a place in the alternate code page rely on that.
 void reconvert(EncodingConvert& converter, const Offender& offender, DataBuffer& out,
                LogBase& log) {
   const ScopedRestore action(converter.m_errorAction);

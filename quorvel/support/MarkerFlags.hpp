@@ -1,6 +1,7 @@
 #pragma once
 
 #include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/ScopedRestore.hpp"
 
 namespace quorvel {
 
@@ -19,8 +20,15 @@ inline void setMarkers(EncodingConvert& converter, const Markers& markers) {
   converter.m_honorPassthroughMarkers = markers.honor;
 }
 
-inline Markers markersOf(const EncodingConvert& converter) {
-  return {converter.m_emitPassthroughMarkers, converter.m_honorPassthroughMarkers};
-}
+/// Puts the flags back at the end of the scope.
+class ScopedMarkers {
+ public:
+  explicit ScopedMarkers(EncodingConvert& converter)
+      : m_emit(converter.m_emitPassthroughMarkers), m_honor(converter.m_honorPassthroughMarkers) {}
+
+ private:
+  ScopedRestore<bool> m_emit;
+  ScopedRestore<bool> m_honor;
+};
 
 }  // namespace quorvel

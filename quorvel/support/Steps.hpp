@@ -1,17 +1,18 @@
 #pragma once
 
 #include "quorvel/base/DataBuffer.h"
+#include "quorvel/base/InLogContext.hpp"
 #include "quorvel/base/LogBase.h"
+#include "quorvel/base/qvHelpers.h"
+#include "quorvel/pages/TableRegistry.hpp"
 
 namespace quorvel {
 
 class EncodingConvert;
-struct FromUnicodeTable;
-struct ToUnicodeTable;
 
-// The two steps of a conversion, less the log contexts around them, over a whole
-// text or one part of it after the other. They apply the error policy of the
-// converter that they are given and are what its members are made of.
+// The two steps of a conversion, over a whole text or one part of it after the
+// other, and the log contexts that belong around them. They apply the error policy
+// of the converter that they are given and are what its members are made of.
 
 /// A part of a source text: what begins in [in, stop), of a text that goes on up
 /// to `end`.
@@ -61,5 +62,38 @@ inline constexpr char utf8EncodingContext[] = "convertFromUnicode";
 inline constexpr char tableDecodingContext[] = "convertToUnicodeHC";
 inline constexpr char lookupDecodingContext[] = "convertToUnicodeByLookup";
 inline constexpr char tableEncodingContext[] = "convertFromUnicodeHC";
+
+/// Runs `body(table)`, which decodes `numBytes` bytes by the table of a code page,
+/// in the contexts of that step. False, with nothing run, where there is no table.
+template <typename Body>
+bool inTableDecoding(int codePage, unsigned int numBytes, LogBase& log, const Body& body) {
+  return inLogContext(log, tableDecodingContext, [&] {
+    if (log.m_verboseLogging) {
+      log.LogDataLong("fromCodePage", codePage);
+      log.LogDataLong("inDataLen", static_cast<long>(numBytes));
+    }
+    const ToUnicodeTable* table = tableToDecode(codePage, log);
+    if (!table) return false;
+    const auto run = [&] { return body(*table); };
+    return table->lookup ? inLogContext(log, lookupDecodingContext, run) : run();
+  });
+}
+
+/// The same for encoding `numBytes` bytes of UTF-16.
+///
+/// contract: a single byte is no text and false, where half a unit behind others is
+/// ignored. Callers tell truncated input by it.
+template <typename Body>
+bool inTableEncoding(int codePage, unsigned int numBytes, LogBase& log, const Body& body) {
+  return inLogContext(log, tableEncodingContext, [&] {
+    if (log.m_verboseLogging) {
+      log.LogDataLong("toCodePage", codePage);
+      log.LogDataLong("inDataLen", static_cast<long>(numBytes));
+      log.LogDataLong("isLittleEndian", qvIsLittleEndian() ? 1 : 0);
+    }
+    const FromUnicodeTable* table = tableToEncode(codePage, log);
+    return table && numBytes >= 2 && body(*table);
+  });
+}
 
 }  // namespace quorvel

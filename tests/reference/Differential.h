@@ -6,8 +6,8 @@
 
 #include "quorvel/base/BlockRunner.hpp"
 #include "quorvel/kernel/Target.hpp"
-#include "quorvel/support/BlockPivot.hpp"
 #include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/Pivot.hpp"
 #include "tests/helpers/Memory.h"
 #include "tests/helpers/RecordingLog.h"
 #include "tests/helpers/Seed.h"
@@ -27,7 +27,7 @@ enum class Route {
   convertToUnicodeByLookup,  // with `lookup`
   convertToUnicodeHCVar,     // with `table`
   convertFromUnicodeHC2,     // with `table`
-  pivotInBlocks,             // with `blockLength`; the reference takes the whole text
+  pivot,                     // with `blockLength`; the reference takes the whole text
 };
 
 /// The state of a converter before it is called.
@@ -115,9 +115,9 @@ inline bool callLibrary(const Case& c, EncodingConvert& converter, const unsigne
       return converter.convertToUnicodeHCVar(c.table, in, size, out, log);
     case Route::convertFromUnicodeHC2:
       return converter.convertFromUnicodeHC2(c.table, in, size, out, log);
-    case Route::pivotInBlocks: {
-      const LogContextExitor context(log, "convert_a", false);
-      return pivotInBlocks(converter, c.from, c.to, in, size, c.blockLength, out, log);
+    case Route::pivot: {
+      const LogContextExitor context(log, "convert_a", c.isVerbose);
+      return pivot({converter, c.from, c.to, in, size, out, log}, c.blockLength);
     }
   }
   return false;
@@ -129,7 +129,7 @@ inline bool callReference(const Case& c, Converter& converter, Bytes& out, LogBa
     case Route::EncConvert:
       return converter.EncConvert(c.from, c.to, in, out, log);
     case Route::convert_a:
-    case Route::pivotInBlocks:
+    case Route::pivot:
       return converter.convert_a(c.from, c.to, in, out, log);
     case Route::cv_utf8_to_utf16:
       return converter.cv_utf8_to_utf16(in, out, log);

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "quorvel/base/DataBuffer.h"
+#include "quorvel/base/LogBase.h"
+
+namespace quorvel {
+
+class EncodingConvert;
+
+/// One conversion, as the steps hand it on: who asks, what from, what to. The
+/// steps change their copy as they rewrite the source.
+struct Conversion {
+  EncodingConvert& converter;
+  int from;
+  int to;
+  const unsigned char* data;
+  unsigned int numBytes;
+  DataBuffer& out;
+  LogBase& log;
+
+  /// The text goes on as that in `text`, which has to outlive the conversion.
+  void continueWith(int codePage, const DataBuffer& text) {
+    from = codePage;
+    data = text.getData2();
+    numBytes = text.getSize();
+  }
+
+  /// The conversion of the same text to somewhere else.
+  Conversion into(int codePage, DataBuffer& other) const {
+    return {converter, from, codePage, data, numBytes, other, log};
+  }
+};
+
+/// `EncodingConvert::convert_a`.
+bool convertByRoute(const Conversion& conversion);
+
+}  // namespace quorvel
