@@ -14,6 +14,7 @@ struct TableSource {
   const char* changes = nullptr;              ///< a list of changes on top of it
   int buckets = 0;                            ///< slots of a multibyte page's tables
   int sharedWith = 0;                         ///< or the page whose tables this one uses
+  int wrapped = 0;                            ///< the page that an ISO-2022 encoding stands on
   bool isRouted = true;                       ///< false: tables are built, but never used
 };
 
@@ -27,5 +28,24 @@ constexpr TableSource amended(bool (*assemble)(StringBuffer&), const char* chang
   return {.assemble = assemble, .changes = changes, .buckets = buckets};
 }
 constexpr TableSource tableOf(int codePage) { return {.sharedWith = codePage}; }
+constexpr TableSource wraps(int codePage) { return {.wrapped = codePage, .isRouted = false}; }
+
+/// What is particular about a code page: where a row says nothing, it is so.
+struct CodePageTraits {
+  /// What an error in multibyte text covers, 1 or 2.
+  int bytesPerError = 1;
+
+  /// Both sets of Arabic digits are written as ASCII digits, whatever the table says.
+  bool takesAsciiDigits = false;
+
+  /// US-ASCII is copied into it as it is, bytes above 7F too.
+  bool copiesUsAscii = false;
+
+  /// The text comes in the order in which Mac Arabic is seen, not read.
+  bool isInMacArabicOrder = false;
+
+  /// The table to encode with is made by the first of two operations.
+  bool isInFirstHalf = false;
+};
 
 }  // namespace quorvel

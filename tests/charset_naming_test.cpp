@@ -57,7 +57,8 @@ enum class Kind { Unicode, Gsm, Iso2022, SingleByte, MultiByte };
 const std::map<Kind, std::vector<int>>& pagesByKind() {
   static const std::map<Kind, std::vector<int>> pages = [] {
     std::map<Kind, std::vector<int>> found;
-#define QUORVEL_CODE_PAGE(number, kind, table, title, names) found[Kind::kind].push_back(number);
+#define QUORVEL_CODE_PAGE(number, kind, table, title, names, ...) \
+  found[Kind::kind].push_back(number);
 #include "codepages/CodePages.def"
     return found;
   }();

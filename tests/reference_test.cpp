@@ -675,7 +675,8 @@ bool goesInBlocks(const Case& c) {
   RecordingLog log(c.isVerbose);
   quorvel::DataBuffer out;
   const unsigned int length =
-      quorvel::pivotBlockLength({converter, c.from, c.to, nullptr, sizeOf(c.input), out, log});
+      quorvel::pivotBlockLength({converter, quorvel::PageRef(c.from), quorvel::PageRef(c.to),
+                                 nullptr, sizeOf(c.input), out, log});
   return length == quorvel::sourceBytesPerBlock;
 }
 

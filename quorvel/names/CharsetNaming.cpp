@@ -18,7 +18,7 @@ using ascii::isLetter;
 using ascii::toLower;
 
 constexpr CharsetNaming::Entry kEntries[] = {
-#define QUORVEL_CODE_PAGE(number, kind, table, title, names) {number, title, names},
+#define QUORVEL_CODE_PAGE(number, kind, table, title, names, ...) {number, title, names},
 #include "codepages/CodePages.def"
 };
 

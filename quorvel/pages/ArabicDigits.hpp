@@ -2,10 +2,7 @@
 
 namespace quorvel {
 
-/// The pages that write both sets of Arabic digits as ASCII digits, whatever
-/// their tables say.
-constexpr bool takesAsciiDigits(int codePage) { return codePage == 1256 || codePage == 28596; }
-
+/// The first of each set of ten.
 inline constexpr unsigned int firstArabicDigits[] = {0x0660, 0x06F0};
 
 constexpr bool isArabicDigit(unsigned int unit) {

@@ -2,14 +2,13 @@
 
 namespace quorvel {
 
-/// The code pages that the routes know by number. All others are rows of the
-/// tables.
+/// The code pages that routes and the command know by number. All else that a route
+/// asks about a page stands in its row (CodePages.hpp).
 inline constexpr int codePageEbcdicUs = 37;
 inline constexpr int codePageShiftJis = 932;
 inline constexpr int codePageKorean = 949;
 inline constexpr int codePageUtf16le = 1200;
 inline constexpr int codePageUtf16be = 1201;
-inline constexpr int codePageMacArabic = 10004;
 inline constexpr int codePageUtf32le = 12000;
 inline constexpr int codePageUtf32be = 12001;
 inline constexpr int codePageUsAscii = 20127;
@@ -37,12 +36,12 @@ constexpr bool isBigEndian(int codePage) {
          codePage == codePageUtf32beToo;
 }
 
-constexpr bool isWindows125x(int codePage) { return codePage >= 1250 && codePage <= 1258; }
-
-constexpr bool isIso8859(int codePage) { return codePage >= 28591 && codePage <= 28605; }
-
 constexpr bool isIso2022Jp(int codePage) {
   return codePage >= codePageIso2022JpFirst && codePage <= codePageIso2022JpLast;
 }
+
+// Two families, with the numbers that no page has.
+constexpr bool isWindows125x(int codePage) { return codePage >= 1250 && codePage <= 1258; }
+constexpr bool isIso8859(int codePage) { return codePage >= 28591 && codePage <= 28605; }
 
 }  // namespace quorvel

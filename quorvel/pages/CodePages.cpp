@@ -11,11 +11,30 @@ namespace quorvel {
 namespace {
 
 constexpr CodePage codePages[] = {
-#define QUORVEL_CODE_PAGE(number, kind, table, title, names) {number, CodePageKind::kind, table},
+#define QUORVEL_CODE_PAGE(number, kind, table, title, names, ...) \
+  {number, CodePageKind::kind, table, {__VA_ARGS__}},
 #include "codepages/CodePages.def"
 };
 
 static_assert(std::ranges::is_sorted(codePages, {}, &CodePage::number));
+
+constexpr const CodePage& rowOf(int number) {
+  return *std::ranges::find(codePages, number, &CodePage::number);
+}
+
+// A table is made for its owner, Arabic digits and all.
+static_assert(std::ranges::all_of(codePages, [](const CodePage& page) {
+  const int owner = page.table.sharedWith;
+  return !owner || page.traits.takesAsciiDigits == rowOf(owner).traits.takesAsciiDigits;
+}));
+
+static_assert(std::ranges::all_of(codePages, [](const CodePage& page) {
+  return page.traits.bytesPerError == 1 || page.traits.bytesPerError == 2;
+}));
+
+static_assert(std::ranges::all_of(codePages, [](const CodePage& page) {
+  return (page.kind == CodePageKind::Iso2022) == (page.table.wrapped != 0);
+}));
 
 // Every conversion asks for the rows of its numbers several times. They are found
 // at the place that the number is scattered to or, where that is taken, at the
@@ -51,9 +70,17 @@ unsigned int indexOfCodePage(int number) {
   }
 }
 
-bool isRouted(int number) {
+unsigned int indexOf(const CodePage& page) { return static_cast<unsigned int>(&page - codePages); }
+
+const CodePage* findCodePage(int number) {
   const unsigned int index = indexOfCodePage(number);
-  return index != codePageCount && codePageAt(index).table.isRouted;
+  return index == codePageCount ? nullptr : codePages + index;
+}
+
+const CodePageTraits& traitsOf(int number) {
+  static constexpr CodePageTraits none;
+  const CodePage* page = findCodePage(number);
+  return page ? page->traits : none;
 }
 
 }  // namespace quorvel

@@ -6,11 +6,12 @@
 
 namespace quorvel {
 
-/// One code page, as far as the tables are concerned.
+/// One code page, as far as conversions are concerned.
 struct CodePage {
   int number;
   CodePageKind kind;
   TableSource table;
+  CodePageTraits traits;
 
   bool hasTable() const {
     return kind == CodePageKind::SingleByte || kind == CodePageKind::MultiByte;
@@ -18,7 +19,7 @@ struct CodePage {
 };
 
 inline constexpr int codePageNumbers[] = {
-#define QUORVEL_CODE_PAGE(number, kind, table, title, names) (number),
+#define QUORVEL_CODE_PAGE(number, kind, table, title, names, ...) (number),
 #include "codepages/CodePages.def"
 };
 
@@ -31,7 +32,35 @@ const CodePage& codePageAt(unsigned int index);
 /// that is not served.
 unsigned int indexOfCodePage(int number);
 
-/// Whether conversions take the tables of the code page with this number.
-bool isRouted(int number);
+/// The index of a row.
+unsigned int indexOf(const CodePage& page);
+
+/// The row of the code page with this number, null for one that is not served.
+const CodePage* findCodePage(int number);
+
+/// What is particular about the code page with this number; nothing about one that
+/// is not served.
+const CodePageTraits& traitsOf(int number);
+
+/// A code page as a conversion names it: the number, which stands for it, and the
+/// row, looked up once and null for a number that is not served.
+class PageRef {
+ public:
+  explicit PageRef(int number) : m_number(number), m_row(findCodePage(number)) {}
+
+  operator int() const { return m_number; }
+
+  const CodePage* row() const { return m_row; }
+
+  /// The row, if conversions take its tables.
+  const CodePage* routedRow() const { return m_row && m_row->table.isRouted ? m_row : nullptr; }
+
+  /// The code page that this ISO-2022 encoding stands on, 0 for any other page.
+  int wrapped() const { return m_row ? m_row->table.wrapped : 0; }
+
+ private:
+  int m_number;
+  const CodePage* m_row;
+};
 
 }  // namespace quorvel

@@ -20,13 +20,16 @@ std::atomic<const FromUnicodeTable*> fromUnicodeSlots[codePageCount];
 constexpr int singleByteBuckets = 269;
 constexpr int transientBuckets = 283;  // of the table that a lookup is made from
 
-// The index of the page that owns the tables of `codePage`; `codePageCount`
-// when that has none.
+// The index of the page that owns the tables of a page; `codePageCount` when
+// that has none.
+unsigned int ownerOf(const CodePage& page) {
+  if (!page.hasTable()) return codePageCount;
+  return page.table.sharedWith ? indexOfCodePage(page.table.sharedWith) : indexOf(page);
+}
+
 unsigned int ownerOf(int codePage) {
-  unsigned int index = indexOfCodePage(codePage);
-  if (index == codePageCount || !codePageAt(index).hasTable()) return codePageCount;
-  if (const int other = codePageAt(index).table.sharedWith) index = indexOfCodePage(other);
-  return index;
+  const CodePage* page = findCodePage(codePage);
+  return page ? ownerOf(*page) : codePageCount;
 }
 
 // The first to publish wins; any later one's table is freed.
@@ -118,9 +121,9 @@ bool ensure(int codePage, std::atomic<const Table*>* slots, const Build& build, 
   return true;
 }
 
-template <typename Table>
-const Table* published(int codePage, const std::atomic<const Table*>* slots) {
-  const unsigned int owner = ownerOf(codePage);
+template <typename Page, typename Table>
+const Table* published(const Page& page, const std::atomic<const Table*>* slots) {
+  const unsigned int owner = ownerOf(page);
   return owner == codePageCount ? nullptr : slots[owner].load(std::memory_order_acquire);
 }
 
@@ -137,6 +140,12 @@ bool ensureFromUnicode(int codePage, LogBase& log) {
 const ToUnicodeTable* toUnicode(int codePage) { return published(codePage, toUnicodeSlots); }
 
 const FromUnicodeTable* fromUnicode(int codePage) { return published(codePage, fromUnicodeSlots); }
+
+const ToUnicodeTable* toUnicode(const CodePage& page) { return published(page, toUnicodeSlots); }
+
+const FromUnicodeTable* fromUnicode(const CodePage& page) {
+  return published(page, fromUnicodeSlots);
+}
 
 void release() {
   for (unsigned int i = 0; i < codePageCount; ++i) {

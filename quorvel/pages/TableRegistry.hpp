@@ -9,6 +9,8 @@
 
 namespace quorvel {
 
+struct CodePage;
+
 /// What one code page is decoded with: a single-byte page has a lookup, a
 /// multibyte page a table, and each has it laid flat for the loops.
 struct ToUnicodeTable {
@@ -39,6 +41,8 @@ bool ensureFromUnicode(int codePage, LogBase& log);
 /// The published table of a code page, or null.
 const ToUnicodeTable* toUnicode(int codePage);
 const FromUnicodeTable* fromUnicode(int codePage);
+const ToUnicodeTable* toUnicode(const CodePage& page);
+const FromUnicodeTable* fromUnicode(const CodePage& page);
 
 /// Frees every published table but those of the pages that no conversion takes.
 /// No conversion may be in progress.

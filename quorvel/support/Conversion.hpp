@@ -2,6 +2,7 @@
 
 #include "quorvel/base/DataBuffer.h"
 #include "quorvel/base/LogBase.h"
+#include "quorvel/pages/CodePages.hpp"
 
 namespace quorvel {
 
@@ -11,8 +12,8 @@ class EncodingConvert;
 /// steps change their copy as they rewrite the source.
 struct Conversion {
   EncodingConvert& converter;
-  int from;
-  int to;
+  PageRef from;
+  PageRef to;
   const unsigned char* data;
   unsigned int numBytes;
   DataBuffer& out;
@@ -20,14 +21,14 @@ struct Conversion {
 
   /// The text goes on as that in `text`, which has to outlive the conversion.
   void continueWith(int codePage, const DataBuffer& text) {
-    from = codePage;
+    from = PageRef(codePage);
     data = text.getData2();
     numBytes = text.getSize();
   }
 
   /// The conversion of the same text to somewhere else.
   Conversion into(int codePage, DataBuffer& other) const {
-    return {converter, from, codePage, data, numBytes, other, log};
+    return {converter, from, PageRef(codePage), data, numBytes, other, log};
   }
 };
 

@@ -78,21 +78,21 @@ const unsigned char* decodeByTable(EncodingConvert& converter, const ToUnicodeTa
   return decodeText(converter, decode, 2, part, out, log);
 }
 
-const ToUnicodeTable* tableToDecode(int codePage, LogBase& log) {
-  const bool isUsed = isRouted(codePage);
-  const ToUnicodeTable* table = isUsed ? tableRegistry::toUnicode(codePage) : nullptr;
+const ToUnicodeTable* tableToDecode(const PageRef& page, LogBase& log) {
+  const CodePage* routed = page.routedRow();
+  const ToUnicodeTable* table = routed ? tableRegistry::toUnicode(*routed) : nullptr;
   if (table) return table;
-  if (!EncodingConvert::ensureHashToUnicode(codePage, log)) {
+  if (!EncodingConvert::ensureHashToUnicode(page, log)) {
     if (log.m_verboseLogging) log.logError("ensureHashToUnicode failed.");
     return nullptr;
   }
-  return isUsed ? tableRegistry::toUnicode(codePage) : nullptr;
+  return routed ? tableRegistry::toUnicode(*routed) : nullptr;
 }
 
 bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* in,
                                          unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  return inTableDecoding(fromCodePage, inLen, log, [&](const ToUnicodeTable& table) {
+  return inTableDecoding(PageRef(fromCodePage), inLen, log, [&](const ToUnicodeTable& table) {
     const unsigned char* end = in + inLen;
     return decodeByTable(*this, table, {in, end, end}, out, log) != nullptr;
   });

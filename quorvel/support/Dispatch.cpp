@@ -40,33 +40,23 @@ bool fitsInt(unsigned int numBytes) {
   return numBytes <= static_cast<unsigned int>(std::numeric_limits<int>::max());
 }
 
-// The text goes on as that in `decoded`.
-bool convertDecoded(const Conversion& text, int codePage, const DataBuffer& decoded) {
-  return text.converter.EncConvert(codePage, text.to, decoded.getData2(), decoded.getSize(),
+// contract: Shift_JIS out of ISO-2022-JP is the result as it is, where the Korean
+// text goes through a conversion from 949 to itself, which copies it and logs a
+// context of its own. Readers of the log know the two by that.
+bool fromIso2022(const Conversion& text) {
+  const int wrapped = text.from.wrapped();
+  const bool isJapanese = wrapped == codePageShiftJis;
+  if (isJapanese && text.log.m_verboseLogging) text.log.logInfo("Converting from iso-2022-*");
+  if (!fitsInt(text.numBytes)) return false;
+  const auto length = static_cast<int>(text.numBytes);
+  DataBuffer decoded;
+  const bool ok = isJapanese ? Japanese().Iso2022ToShiftJis(text.data, length, decoded, text.log)
+                             : Korean().Iso2022ToKsc(text.data, length, decoded);
+  if (!ok) return false;
+  if (decoded.getSize() == 0) return true;
+  if (isJapanese && text.to == wrapped) return text.out.append(decoded);
+  return text.converter.EncConvert(wrapped, text.to, decoded.getData2(), decoded.getSize(),
                                    text.out, text.log);
-}
-
-bool fromIso2022Jp(const Conversion& text) {
-  if (text.log.m_verboseLogging) text.log.logInfo("Converting from iso-2022-*");
-  DataBuffer shiftJis;
-  if (!fitsInt(text.numBytes) ||
-      !Japanese().Iso2022ToShiftJis(text.data, static_cast<int>(text.numBytes), shiftJis,
-                                    text.log)) {
-    return false;
-  }
-  if (shiftJis.getSize() == 0) return true;
-  if (text.to == codePageShiftJis) return text.out.append(shiftJis);
-  return convertDecoded(text, codePageShiftJis, shiftJis);
-}
-
-bool fromIso2022Kr(const Conversion& text) {
-  DataBuffer ksc;
-  if (!fitsInt(text.numBytes) ||
-      !Korean().Iso2022ToKsc(text.data, static_cast<int>(text.numBytes), ksc)) {
-    return false;
-  }
-  if (ksc.getSize() == 0) return true;
-  return convertDecoded(text, codePageKorean, ksc);
 }
 
 bool toUtf7(const Conversion& text) {
@@ -97,40 +87,31 @@ bool toUtf16be(const Conversion& text) {
   return appendReversed(utf16.getData2(), utf16.getSize(), 2, text.out);
 }
 
-bool toIso2022Jp(const Conversion& text) {
-  DataBuffer shiftJis;
-  const bool ok = convertByRoute(text.into(codePageShiftJis, shiftJis));
+bool toIso2022(const Conversion& text) {
+  const int wrapped = text.to.wrapped();
+  DataBuffer encoded;
+  const bool ok = convertByRoute(text.into(wrapped, encoded));
   if (!ok) text.converter.m_hadError = true;
-  const unsigned int length = shiftJis.getSize();
-  if (length == 0) return ok;
-  return fitsInt(length) &&
-         Japanese().ShiftJisToIso2022(shiftJis.getData2(), static_cast<int>(length), text.out,
-                                      text.log) &&
-         ok;
-}
-
-bool toIso2022Kr(const Conversion& text) {
-  DataBuffer ksc;
-  const bool ok = convertByRoute(text.into(codePageKorean, ksc));
-  if (!ok) text.converter.m_hadError = true;
-  const unsigned int length = ksc.getSize();
-  if (length == 0) return ok;
-  return fitsInt(length) &&
-         Korean().KscToIso2022(ksc.getData2(), static_cast<int>(length), text.out) && ok;
+  if (encoded.getSize() == 0) return ok;
+  if (!fitsInt(encoded.getSize())) return false;
+  const auto length = static_cast<int>(encoded.getSize());
+  const bool isWrapped =
+      wrapped == codePageShiftJis
+          ? Japanese().ShiftJisToIso2022(encoded.getData2(), length, text.out, text.log)
+          : Korean().KscToIso2022(encoded.getData2(), length, text.out);
+  return isWrapped && ok;
 }
 
 bool takeDestinationRoute(const Conversion& text) {
   if (text.to == codePageUtf7) return toUtf7(text);
   if (isUtf32(text.to)) return toUtf32(text);
   if (text.to == codePageUtf16be) return toUtf16be(text);
-  if (isIso2022Jp(text.to)) return toIso2022Jp(text);
-  if (text.to == codePageIso2022Kr) return toIso2022Kr(text);
+  if (text.to.wrapped()) return toIso2022(text);
   return convertByRoute(text);
 }
 
 bool convertOrdered(const Conversion& text) {
-  if (isIso2022Jp(text.from)) return fromIso2022Jp(text);
-  if (text.from == codePageIso2022Kr) return fromIso2022Kr(text);
+  if (text.from.wrapped()) return fromIso2022(text);
 
   text.converter.m_honorPassthroughMarkers = false;
   text.converter.m_fromCodePage = text.from;
@@ -139,7 +120,7 @@ bool convertOrdered(const Conversion& text) {
 }
 
 bool convertAccepted(const Conversion& text) {
-  if (text.from != codePageMacArabic) return convertOrdered(text);
+  if (!text.from.row() || !text.from.row()->traits.isInMacArabicOrder) return convertOrdered(text);
   const std::unique_ptr<unsigned char[]> logicalOrder(qvNewUnsignedChar(text.numBytes));
   if (!logicalOrder) return false;
   std::copy_n(text.data, text.numBytes, logicalOrder.get());
@@ -180,7 +161,7 @@ bool EncodingConvert::EncConvert(int fromCodePage, int toCodePage, const unsigne
       return true;
     }
     if (!isAccepted(from) || !isAccepted(to)) return false;
-    const bool ok = convertAccepted({*this, from, to, data, numBytes, out, log});
+    const bool ok = convertAccepted({*this, PageRef(from), PageRef(to), data, numBytes, out, log});
     if (!ok) m_hadError = true;
     return ok;
   });

@@ -188,9 +188,10 @@ bool succeeded(const Encoded& encoded) { return encoded.in && encoded.isWhole; }
 
 }  // namespace
 
-Encoded encodeByTable(EncodingConvert& converter, const FromUnicodeTable& table,
-                      const UnitsPart& part, DataBuffer& out, LogBase& log) {
-  if (takesAsciiDigits(table.hash->codePage())) {
+Encoded encodeByTable(EncodingConvert& converter, const PageRef& page,
+                      const FromUnicodeTable& table, const UnitsPart& part, DataBuffer& out,
+                      LogBase& log) {
+  if (page.row()->traits.takesAsciiDigits) {
     return encodeWithAsciiDigits(converter, table, part, out, log);
   }
   return table.bytes ? encodeText(converter, *table.hash, toBytes(table), 1, AtMarker::copyRawBytes,
@@ -199,19 +200,20 @@ Encoded encodeByTable(EncodingConvert& converter, const FromUnicodeTable& table,
                                   part, out, log);
 }
 
-const FromUnicodeTable* tableToEncode(int codePage, LogBase& log) {
-  const bool isUsed = isRouted(codePage);
-  const FromUnicodeTable* table = isUsed ? tableRegistry::fromUnicode(codePage) : nullptr;
+const FromUnicodeTable* tableToEncode(const PageRef& page, LogBase& log) {
+  const CodePage* routed = page.routedRow();
+  const FromUnicodeTable* table = routed ? tableRegistry::fromUnicode(*routed) : nullptr;
   if (table) return table;
-  EncodingConvert::ensureHashFromUnicode(codePage, log);
-  return isUsed ? tableRegistry::fromUnicode(codePage) : nullptr;
+  EncodingConvert::ensureHashFromUnicode(page, log);
+  return routed ? tableRegistry::fromUnicode(*routed) : nullptr;
 }
 
 bool EncodingConvert::convertFromUnicodeHC(int toCodePage, const unsigned char* in,
                                            unsigned int inLen, DataBuffer& out, LogBase& log) {
   if (!in || inLen == 0) return true;
-  return inTableEncoding(toCodePage, inLen, log, [&](const FromUnicodeTable& table) {
-    return succeeded(encodeByTable(*this, table, wholeText(in, inLen), out, log));
+  const PageRef page(toCodePage);
+  return inTableEncoding(page, inLen, log, [&](const FromUnicodeTable& table) {
+    return succeeded(encodeByTable(*this, page, table, wholeText(in, inLen), out, log));
   });
 }
 

@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "quorvel/pages/CodePageNumbers.hpp"
+#include "quorvel/pages/CodePages.hpp"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/PassthroughMarker.hpp"
 #include "quorvel/support/ScopedRestore.hpp"
@@ -114,12 +115,6 @@ void applyErrorAction(EncodingConvert& converter, const Offender& offender,
   }
 }
 
-bool isDoubleByte(int codePage) {
-  // 1361 and 10001 are multibyte too, but their errors cover one byte.
-  constexpr int doubleByte[] = {932, 936, 949, 950, 51932, 51936, 51949};
-  return std::find(std::begin(doubleByte), std::end(doubleByte), codePage) != std::end(doubleByte);
-}
-
 }  // namespace
 
 void appendSubstitution(const EncodingConvert& converter, DataBuffer& out) {
@@ -177,7 +172,7 @@ int EncodingConvert::handleErrorFromUtf8(const unsigned char* p, int numBytesLef
 
 int EncodingConvert::handleErrorFromUnknown(const unsigned char* p, DataBuffer& out, LogBase& log) {
   m_hadError = true;
-  if (!isDoubleByte(m_fromCodePage)) {
+  if (traitsOf(m_fromCodePage).bytesPerError == 1) {
     handleErrorFromSingleByte(p, out, log);
     return 1;
   }

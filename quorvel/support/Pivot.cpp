@@ -29,7 +29,7 @@ constexpr unsigned int mostBytes = std::numeric_limits<unsigned int>::max();
 
 class FromUtf8 {
  public:
-  explicit FromUtf8(int) {}
+  explicit FromUtf8(const PageRef&) {}
 
   template <typename Body>
   bool inContext(unsigned int, LogBase& log, const Body& body) {
@@ -43,11 +43,11 @@ class FromUtf8 {
 
 class FromTable {
  public:
-  explicit FromTable(int codePage) : m_codePage(codePage) {}
+  explicit FromTable(const PageRef& page) : m_page(page) {}
 
   template <typename Body>
   bool inContext(unsigned int numBytes, LogBase& log, const Body& body) {
-    return inTableDecoding(m_codePage, numBytes, log, [&](const ToUnicodeTable& table) {
+    return inTableDecoding(m_page, numBytes, log, [&](const ToUnicodeTable& table) {
       m_table = &table;
       return body();
     });
@@ -58,7 +58,7 @@ class FromTable {
   }
 
  private:
-  int m_codePage;
+  const PageRef& m_page;
   const ToUnicodeTable* m_table = nullptr;
 };
 
@@ -67,7 +67,7 @@ class ToUtf8 {
   static constexpr bool logsSizes = true;
   static constexpr bool takesHalfUnits = false;
 
-  explicit ToUtf8(int) {}
+  explicit ToUtf8(const PageRef&) {}
 
   template <typename Body>
   bool inContext(unsigned int, LogBase& log, const Body& body) {
@@ -84,22 +84,22 @@ class ToTable {
   static constexpr bool logsSizes = false;
   static constexpr bool takesHalfUnits = true;
 
-  explicit ToTable(int codePage) : m_codePage(codePage) {}
+  explicit ToTable(const PageRef& page) : m_page(page) {}
 
   template <typename Body>
   bool inContext(unsigned int numBytes, LogBase& log, const Body& body) {
-    return inTableEncoding(m_codePage, numBytes, log, [&](const FromUnicodeTable& table) {
+    return inTableEncoding(m_page, numBytes, log, [&](const FromUnicodeTable& table) {
       m_table = &table;
       return body();
     });
   }
   Encoded encode(EncodingConvert& converter, const UnitsPart& part, DataBuffer& out,
                  LogBase& log) const {
-    return encodeByTable(converter, *m_table, part, out, log);
+    return encodeByTable(converter, m_page, *m_table, part, out, log);
   }
 
  private:
-  int m_codePage;
+  const PageRef& m_page;
   const FromUnicodeTable* m_table = nullptr;
 };
 
@@ -247,7 +247,7 @@ unsigned int pivotBlockLength(const Conversion& conversion) {
   const bool isOneBlock = conversion.log.m_verboseLogging ||
                           conversion.converter.m_errorAction == actionReconvert ||
                           conversion.numBytes > mostThatFits ||
-                          (conversion.to != codePageUtf8 && !isRouted(conversion.to));
+                          (conversion.to != codePageUtf8 && !conversion.to.routedRow());
   return isOneBlock ? std::max(conversion.numBytes, fewestBytesPerBlock) : sourceBytesPerBlock;
 }
 

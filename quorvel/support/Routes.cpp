@@ -136,8 +136,11 @@ bool toGsm(const Conversion& text) {
   return utf8ToGsm(utf8.getData2(), utf8.getSize(), text.out) != GsmResult::outOfMemory;
 }
 
-bool isAsciiSuperset(int codePage) {
-  return isIso8859(codePage) || codePage == codePageUtf8 || isWindows125x(codePage);
+// contract: US-ASCII is copied to the whole family of ISO 8859, also to the two of
+// its numbers that no page has. Callers who map any such name to its number by
+// counting rely on it.
+bool copiesUsAscii(const PageRef& page) {
+  return page.row() ? page.row()->traits.copiesUsAscii : isIso8859(page);
 }
 
 // contract: US-ASCII is copied; to UTF-8, what is no ASCII goes, and with it all
@@ -201,7 +204,7 @@ bool convertText(Conversion text) {
   if (text.from == text.to) return text.out.append(text.data, text.numBytes);
   if (text.from == codePageGsm) return fromGsm(text);
   if (text.to == codePageGsm) return toGsm(text);
-  if (text.from == codePageUsAscii && isAsciiSuperset(text.to)) return fromUsAscii(text);
+  if (text.from == codePageUsAscii && copiesUsAscii(text.to)) return fromUsAscii(text);
 
   DataBuffer buffer;
   const Normalised normalised = normalise(text, bigEndian, buffer);
@@ -221,7 +224,8 @@ bool convertByRoute(const Conversion& conversion) {
 
 bool EncodingConvert::convert_a(int fromCodePage, int toCodePage, const unsigned char* data,
                                 unsigned int numBytes, DataBuffer& out, LogBase& log) {
-  return convertByRoute({*this, fromCodePage, toCodePage, data, numBytes, out, log});
+  return convertByRoute(
+      {*this, PageRef(fromCodePage), PageRef(toCodePage), data, numBytes, out, log});
 }
 
 }  // namespace quorvel

@@ -4,6 +4,7 @@
 #include "quorvel/base/InLogContext.hpp"
 #include "quorvel/base/LogBase.h"
 #include "quorvel/base/qvHelpers.h"
+#include "quorvel/pages/CodePages.hpp"
 #include "quorvel/pages/TableRegistry.hpp"
 
 namespace quorvel {
@@ -48,13 +49,14 @@ struct Encoded {
 };
 
 Encoded encodeUtf8(EncodingConvert& converter, const UnitsPart& part, DataBuffer& out);
-Encoded encodeByTable(EncodingConvert& converter, const FromUnicodeTable& table,
-                      const UnitsPart& part, DataBuffer& out, LogBase& log);
+Encoded encodeByTable(EncodingConvert& converter, const PageRef& page,
+                      const FromUnicodeTable& table, const UnitsPart& part, DataBuffer& out,
+                      LogBase& log);
 
 /// The tables that a conversion takes, built if need be; null when the code page
 /// has none or memory ran out.
-const ToUnicodeTable* tableToDecode(int codePage, LogBase& log);
-const FromUnicodeTable* tableToEncode(int codePage, LogBase& log);
+const ToUnicodeTable* tableToDecode(const PageRef& page, LogBase& log);
+const FromUnicodeTable* tableToEncode(const PageRef& page, LogBase& log);
 
 /// The names of the contexts in which the steps stand.
 inline constexpr char utf8DecodingContext[] = "cv_utf8_to_utf16";
@@ -66,13 +68,13 @@ inline constexpr char tableEncodingContext[] = "convertFromUnicodeHC";
 /// Runs `body(table)`, which decodes `numBytes` bytes by the table of a code page,
 /// in the contexts of that step. False, with nothing run, where there is no table.
 template <typename Body>
-bool inTableDecoding(int codePage, unsigned int numBytes, LogBase& log, const Body& body) {
+bool inTableDecoding(const PageRef& page, unsigned int numBytes, LogBase& log, const Body& body) {
   return inLogContext(log, tableDecodingContext, [&] {
     if (log.m_verboseLogging) {
-      log.LogDataLong("fromCodePage", codePage);
+      log.LogDataLong("fromCodePage", page);
       log.LogDataLong("inDataLen", static_cast<long>(numBytes));
     }
-    const ToUnicodeTable* table = tableToDecode(codePage, log);
+    const ToUnicodeTable* table = tableToDecode(page, log);
     if (!table) return false;
     const auto run = [&] { return body(*table); };
     return table->lookup ? inLogContext(log, lookupDecodingContext, run) : run();
@@ -84,14 +86,14 @@ bool inTableDecoding(int codePage, unsigned int numBytes, LogBase& log, const Bo
 /// contract: a single byte is no text and false, where half a unit behind others is
 /// ignored. Callers tell truncated input by it.
 template <typename Body>
-bool inTableEncoding(int codePage, unsigned int numBytes, LogBase& log, const Body& body) {
+bool inTableEncoding(const PageRef& page, unsigned int numBytes, LogBase& log, const Body& body) {
   return inLogContext(log, tableEncodingContext, [&] {
     if (log.m_verboseLogging) {
-      log.LogDataLong("toCodePage", codePage);
+      log.LogDataLong("toCodePage", page);
       log.LogDataLong("inDataLen", static_cast<long>(numBytes));
       log.LogDataLong("isLittleEndian", qvIsLittleEndian() ? 1 : 0);
     }
-    const FromUnicodeTable* table = tableToEncode(codePage, log);
+    const FromUnicodeTable* table = tableToEncode(page, log);
     return table && numBytes >= 2 && body(*table);
   });
 }

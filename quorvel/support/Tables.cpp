@@ -13,9 +13,8 @@ namespace {
 
 // The from-Unicode tables are made by two operations, each by one of them.
 bool isInFirstHalf(int codePage) {
-  const unsigned int index = indexOfCodePage(codePage);
-  return isWindows125x(codePage) || isIso8859(codePage) || codePage == 37 || codePage == 437 ||
-         (index != codePageCount && codePageAt(index).kind == CodePageKind::MultiByte);
+  const CodePage* page = findCodePage(codePage);
+  return page && (page->kind == CodePageKind::MultiByte || page->traits.isInFirstHalf);
 }
 
 }  // namespace

@@ -117,7 +117,7 @@ inline bool callLibrary(const Case& c, EncodingConvert& converter, const unsigne
       return converter.convertFromUnicodeHC2(c.table, in, size, out, log);
     case Route::pivot: {
       const LogContextExitor context(log, "convert_a", c.isVerbose);
-      return pivot({converter, c.from, c.to, in, size, out, log}, c.blockLength);
+      return pivot({converter, PageRef(c.from), PageRef(c.to), in, size, out, log}, c.blockLength);
     }
   }
   return false;
