@@ -61,7 +61,7 @@ Moved decodedByProbes(const HashConvert& table, std::string_view text, std::size
 // A page may write Arabic digits as ASCII ones, whatever its table says.
 std::string withDigitsOf(const HashConvert& table, std::string_view text) {
   std::string units(text);
-  if (!traitsOf(table.codePage()).takesAsciiDigits) return units;
+  if (!findCodePage(table.codePage()).traits.takesAsciiDigits) return units;
   for (std::size_t i = 0; i + 1 < units.size(); i += 2) {
     const unsigned int unit = bytesOf(units)[i] | static_cast<unsigned int>(bytesOf(units)[i + 1])
                                                       << 8;

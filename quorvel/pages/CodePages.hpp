@@ -6,8 +6,9 @@
 
 namespace quorvel {
 
-/// One code page, as far as conversions are concerned.
-struct CodePage {
+/// One code page, as far as conversions are concerned; of a size that makes rows
+/// quick to find.
+struct alignas(64) CodePage {
   int number;
   CodePageKind kind;
   TableSource table;
@@ -35,28 +36,27 @@ unsigned int indexOfCodePage(int number);
 /// The index of a row.
 unsigned int indexOf(const CodePage& page);
 
-/// The row of the code page with this number, null for one that is not served.
-const CodePage* findCodePage(int number);
-
-/// What is particular about the code page with this number; nothing about one that
-/// is not served.
-const CodePageTraits& traitsOf(int number);
+/// The row of the code page with this number. One that is not served has a row of
+/// the number 0, without tables and with nothing particular about it.
+const CodePage& findCodePage(int number);
 
 /// A code page as a conversion names it: the number, which stands for it, and the
-/// row, looked up once and null for a number that is not served.
+/// row, looked up once.
 class PageRef {
  public:
-  explicit PageRef(int number) : m_number(number), m_row(findCodePage(number)) {}
+  explicit PageRef(int number) : m_number(number), m_row(&findCodePage(number)) {}
 
   operator int() const { return m_number; }
 
-  const CodePage* row() const { return m_row; }
+  bool isServed() const { return m_row->number != 0; }
+  const CodePage& row() const { return *m_row; }
+  const CodePageTraits& traits() const { return m_row->traits; }
 
-  /// The row, if conversions take its tables.
-  const CodePage* routedRow() const { return m_row && m_row->table.isRouted ? m_row : nullptr; }
+  /// Whether conversions take its tables.
+  bool isRouted() const { return m_row->table.isRouted; }
 
   /// The code page that this ISO-2022 encoding stands on, 0 for any other page.
-  int wrapped() const { return m_row ? m_row->table.wrapped : 0; }
+  int wrapped() const { return m_row->table.wrapped; }
 
  private:
   int m_number;

@@ -59,7 +59,7 @@ void forEachCode(const HashConvert& fromUnicode, const Take& take) {
   if (fromUnicode.get_IsLowerAscii()) {
     for (unsigned int unit = 1; unit < 0x80; ++unit) take(unit, unit);
   }
-  if (!traitsOf(fromUnicode.codePage()).takesAsciiDigits) return;
+  if (!findCodePage(fromUnicode.codePage()).traits.takesAsciiDigits) return;
   for (const unsigned int first : firstArabicDigits) {
     for (unsigned int unit = first; unit < first + 10; ++unit) take(unit, asciiDigitOf(unit));
   }

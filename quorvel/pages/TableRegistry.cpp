@@ -27,10 +27,7 @@ unsigned int ownerOf(const CodePage& page) {
   return page.table.sharedWith ? indexOfCodePage(page.table.sharedWith) : indexOf(page);
 }
 
-unsigned int ownerOf(int codePage) {
-  const CodePage* page = findCodePage(codePage);
-  return page ? ownerOf(*page) : codePageCount;
-}
+unsigned int ownerOf(int codePage) { return ownerOf(findCodePage(codePage)); }
 
 // The first to publish wins; any later one's table is freed.
 template <typename Table>

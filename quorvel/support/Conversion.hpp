@@ -32,7 +32,18 @@ struct Conversion {
   }
 };
 
+/// What one step gives to the next; short text needs no memory for it.
+class ScratchBuffer : public DataBuffer {
+ public:
+  ScratchBuffer() { lendStorage(m_storage, sizeof m_storage); }
+  ScratchBuffer(const ScratchBuffer&) = delete;
+  ScratchBuffer& operator=(const ScratchBuffer&) = delete;
+
+ private:
+  unsigned char m_storage[512];  // not initialised
+};
+
 /// `EncodingConvert::convert_a`.
-bool convertByRoute(const Conversion& conversion);
+bool convertByRoute(Conversion conversion);
 
 }  // namespace quorvel

@@ -79,14 +79,14 @@ const unsigned char* decodeByTable(EncodingConvert& converter, const ToUnicodeTa
 }
 
 const ToUnicodeTable* tableToDecode(const PageRef& page, LogBase& log) {
-  const CodePage* routed = page.routedRow();
-  const ToUnicodeTable* table = routed ? tableRegistry::toUnicode(*routed) : nullptr;
+  const bool isUsed = page.isRouted();
+  const ToUnicodeTable* table = isUsed ? tableRegistry::toUnicode(page.row()) : nullptr;
   if (table) return table;
   if (!EncodingConvert::ensureHashToUnicode(page, log)) {
     if (log.m_verboseLogging) log.logError("ensureHashToUnicode failed.");
     return nullptr;
   }
-  return routed ? tableRegistry::toUnicode(*routed) : nullptr;
+  return isUsed ? tableRegistry::toUnicode(page.row()) : nullptr;
 }
 
 bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* in,

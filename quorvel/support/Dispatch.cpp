@@ -49,7 +49,7 @@ bool fromIso2022(const Conversion& text) {
   if (isJapanese && text.log.m_verboseLogging) text.log.logInfo("Converting from iso-2022-*");
   if (!fitsInt(text.numBytes)) return false;
   const auto length = static_cast<int>(text.numBytes);
-  DataBuffer decoded;
+  ScratchBuffer decoded;
   const bool ok = isJapanese ? Japanese().Iso2022ToShiftJis(text.data, length, decoded, text.log)
                              : Korean().Iso2022ToKsc(text.data, length, decoded);
   if (!ok) return false;
@@ -60,13 +60,13 @@ bool fromIso2022(const Conversion& text) {
 }
 
 bool toUtf7(const Conversion& text) {
-  DataBuffer utf16;
+  ScratchBuffer utf16;
   const int hostOrder = qvIsLittleEndian() ? codePageUtf16le : codePageUtf16be;
   return convertByRoute(text.into(hostOrder, utf16)) && _qvUtf::Utf16XEToUtf7(utf16, text.out);
 }
 
 bool toUtf32(const Conversion& text) {
-  DataBuffer utf8;
+  ScratchBuffer utf8;
   if (text.from == codePageUtf8) {
     // Only read, and not copied; a mark in front of the text stays a character.
     utf8.borrowData(const_cast<unsigned char*>(text.data), text.numBytes);
@@ -82,14 +82,14 @@ bool toUtf32(const Conversion& text) {
 // only the error flag tells. Callers who want what can be had rely on it.
 bool toUtf16be(const Conversion& text) {
   text.converter.m_toCodePage = codePageUtf16le;
-  DataBuffer utf16;
+  ScratchBuffer utf16;
   if (!convertByRoute(text.into(codePageUtf16le, utf16))) text.converter.m_hadError = true;
   return appendReversed(utf16.getData2(), utf16.getSize(), 2, text.out);
 }
 
 bool toIso2022(const Conversion& text) {
   const int wrapped = text.to.wrapped();
-  DataBuffer encoded;
+  ScratchBuffer encoded;
   const bool ok = convertByRoute(text.into(wrapped, encoded));
   if (!ok) text.converter.m_hadError = true;
   if (encoded.getSize() == 0) return ok;
@@ -120,7 +120,7 @@ bool convertOrdered(const Conversion& text) {
 }
 
 bool convertAccepted(const Conversion& text) {
-  if (!text.from.row() || !text.from.row()->traits.isInMacArabicOrder) return convertOrdered(text);
+  if (!text.from.traits().isInMacArabicOrder) return convertOrdered(text);
   const std::unique_ptr<unsigned char[]> logicalOrder(qvNewUnsignedChar(text.numBytes));
   if (!logicalOrder) return false;
   std::copy_n(text.data, text.numBytes, logicalOrder.get());

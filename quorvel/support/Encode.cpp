@@ -191,7 +191,7 @@ bool succeeded(const Encoded& encoded) { return encoded.in && encoded.isWhole; }
 Encoded encodeByTable(EncodingConvert& converter, const PageRef& page,
                       const FromUnicodeTable& table, const UnitsPart& part, DataBuffer& out,
                       LogBase& log) {
-  if (page.row()->traits.takesAsciiDigits) {
+  if (page.traits().takesAsciiDigits) {
     return encodeWithAsciiDigits(converter, table, part, out, log);
   }
   return table.bytes ? encodeText(converter, *table.hash, toBytes(table), 1, AtMarker::copyRawBytes,
@@ -201,11 +201,11 @@ Encoded encodeByTable(EncodingConvert& converter, const PageRef& page,
 }
 
 const FromUnicodeTable* tableToEncode(const PageRef& page, LogBase& log) {
-  const CodePage* routed = page.routedRow();
-  const FromUnicodeTable* table = routed ? tableRegistry::fromUnicode(*routed) : nullptr;
+  const bool isUsed = page.isRouted();
+  const FromUnicodeTable* table = isUsed ? tableRegistry::fromUnicode(page.row()) : nullptr;
   if (table) return table;
   EncodingConvert::ensureHashFromUnicode(page, log);
-  return routed ? tableRegistry::fromUnicode(*routed) : nullptr;
+  return isUsed ? tableRegistry::fromUnicode(page.row()) : nullptr;
 }
 
 bool EncodingConvert::convertFromUnicodeHC(int toCodePage, const unsigned char* in,

@@ -172,7 +172,7 @@ int EncodingConvert::handleErrorFromUtf8(const unsigned char* p, int numBytesLef
 
 int EncodingConvert::handleErrorFromUnknown(const unsigned char* p, DataBuffer& out, LogBase& log) {
   m_hadError = true;
-  if (traitsOf(m_fromCodePage).bytesPerError == 1) {
+  if (findCodePage(m_fromCodePage).traits.bytesPerError == 1) {
     handleErrorFromSingleByte(p, out, log);
     return 1;
   }

@@ -247,7 +247,7 @@ unsigned int pivotBlockLength(const Conversion& conversion) {
   const bool isOneBlock = conversion.log.m_verboseLogging ||
                           conversion.converter.m_errorAction == actionReconvert ||
                           conversion.numBytes > mostThatFits ||
-                          (conversion.to != codePageUtf8 && !conversion.to.routedRow());
+                          (conversion.to != codePageUtf8 && !conversion.to.isRouted());
   return isOneBlock ? std::max(conversion.numBytes, fewestBytesPerBlock) : sourceBytesPerBlock;
 }
 

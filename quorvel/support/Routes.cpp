@@ -50,6 +50,13 @@ void lend(const Conversion& text, DataBuffer& buffer) {
 
 enum class Normalised { clean, illFormed, nothingLeft, outOfMemory };
 
+// contract: UTF-16 that a mark has turned into little-endian is left alone under
+// the number that it came with, so that 1201 with the mark FF FE has no route and
+// fails. Callers know by that failure that number and mark disagree.
+bool needsNormalising(const Conversion& text, bool bigEndian) {
+  return text.from == codePageUtf7 || (isUtf16(text.from) && bigEndian) || isUtf32(text.from);
+}
+
 Normalised normaliseUtf7(Conversion& text, DataBuffer& normalised) {
   DataBuffer lent;
   lend(text, lent);
@@ -81,15 +88,10 @@ Normalised normaliseUtf32(Conversion& text, bool bigEndian, DataBuffer& normalis
 }
 
 // Rewrites a Unicode source as UTF-16LE or UTF-8, in `normalised`.
-//
-// contract: UTF-16 that a mark has turned into little-endian is left alone under
-// the number that it came with, so that 1201 with the mark FF FE has no route and
-// fails. Callers know by that failure that number and mark disagree.
 Normalised normalise(Conversion& text, bool bigEndian, DataBuffer& normalised) {
   if (text.from == codePageUtf7) return normaliseUtf7(text, normalised);
-  if (isUtf16(text.from) && bigEndian) return normaliseUtf16be(text, normalised);
   if (isUtf32(text.from)) return normaliseUtf32(text, bigEndian, normalised);
-  return Normalised::clean;
+  return normaliseUtf16be(text, normalised);
 }
 
 // Room for `halves / 2` bytes for each byte of the text and `extra` more, as far
@@ -119,7 +121,7 @@ bool fromGsm(const Conversion& text) {
   if (text.to == codePageUtf8) {
     return gsmToUtf8(text.data, text.numBytes, text.out) == GsmResult::clean;
   }
-  DataBuffer utf8;
+  ScratchBuffer utf8;
   if (gsmToUtf8(text.data, text.numBytes, utf8) == GsmResult::outOfMemory) return false;
   Conversion rest = text;
   rest.continueWith(codePageUtf8, utf8);
@@ -131,7 +133,7 @@ bool toGsm(const Conversion& text) {
   if (text.from == codePageUtf8) {
     return utf8ToGsm(text.data, text.numBytes, text.out) != GsmResult::outOfMemory;
   }
-  DataBuffer utf8;
+  ScratchBuffer utf8;
   if (!convertByRoute(text.into(codePageUtf8, utf8))) return false;
   return utf8ToGsm(utf8.getData2(), utf8.getSize(), text.out) != GsmResult::outOfMemory;
 }
@@ -140,7 +142,7 @@ bool toGsm(const Conversion& text) {
 // its numbers that no page has. Callers who map any such name to its number by
 // counting rely on it.
 bool copiesUsAscii(const PageRef& page) {
-  return page.row() ? page.row()->traits.copiesUsAscii : isIso8859(page);
+  return page.traits().copiesUsAscii || (!page.isServed() && isIso8859(page));
 }
 
 // contract: US-ASCII is copied; to UTF-8, what is no ASCII goes, and with it all
@@ -198,15 +200,8 @@ bool takeRoute(const Conversion& text) {
   return takePivot(text);
 }
 
-bool convertText(Conversion text) {
-  const bool bigEndian = settleByteOrder(text);
-  if (text.numBytes == 0) return true;
-  if (text.from == text.to) return text.out.append(text.data, text.numBytes);
-  if (text.from == codePageGsm) return fromGsm(text);
-  if (text.to == codePageGsm) return toGsm(text);
-  if (text.from == codePageUsAscii && copiesUsAscii(text.to)) return fromUsAscii(text);
-
-  DataBuffer buffer;
+bool convertNormalised(Conversion& text, bool bigEndian) {
+  ScratchBuffer buffer;
   const Normalised normalised = normalise(text, bigEndian, buffer);
   if (normalised == Normalised::nothingLeft) return true;
   if (normalised == Normalised::outOfMemory) return false;
@@ -215,9 +210,20 @@ bool convertText(Conversion text) {
   return ok && normalised == Normalised::clean;
 }
 
+bool convertText(Conversion& text) {
+  const bool bigEndian = settleByteOrder(text);
+  if (text.numBytes == 0) return true;
+  if (text.from == text.to) return text.out.append(text.data, text.numBytes);
+  if (text.from == codePageGsm) return fromGsm(text);
+  if (text.to == codePageGsm) return toGsm(text);
+  if (text.from == codePageUsAscii && copiesUsAscii(text.to)) return fromUsAscii(text);
+
+  return needsNormalising(text, bigEndian) ? convertNormalised(text, bigEndian) : takeRoute(text);
+}
+
 }  // namespace
 
-bool convertByRoute(const Conversion& conversion) {
+bool convertByRoute(Conversion conversion) {
   if (!conversion.data || conversion.numBytes == 0) return true;
   return inLogContext(conversion.log, "convert_a", [&] { return convertText(conversion); });
 }

@@ -13,8 +13,8 @@ namespace {
 
 // The from-Unicode tables are made by two operations, each by one of them.
 bool isInFirstHalf(int codePage) {
-  const CodePage* page = findCodePage(codePage);
-  return page && (page->kind == CodePageKind::MultiByte || page->traits.isInFirstHalf);
+  const CodePage& page = findCodePage(codePage);
+  return page.kind == CodePageKind::MultiByte || page.traits.isInFirstHalf;
 }
 
 }  // namespace
