@@ -8,6 +8,7 @@
 #include "quorvel/pages/TableLoops.hpp"
 #include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/ErrorPolicy.hpp"
 #include "quorvel/support/Steps.hpp"
 
 namespace quorvel {
@@ -33,7 +34,7 @@ const unsigned char* decodeText(EncodingConvert& converter, const Decode& decode
     isPerfect = false;
     converter.m_hadError = true;
     int skipped = 1;
-    if (converter.m_errorAction != 0) {
+    if (!dropsErrors(converter)) {
       if (part.end - in == 1) {
         converter.handleErrorFromSingleByte(in, out, log);
       } else {
@@ -56,7 +57,7 @@ const unsigned char* decodeSingleByteText(EncodingConvert& converter, const Deco
     in = runInBlocks(decode, in, part.stop, 4, out);
     if (!in || in == part.stop) return in;
     converter.m_hadError = true;
-    if (converter.m_errorAction != 0) converter.handleErrorFromSingleByte(in, out, log);
+    if (!dropsErrors(converter)) converter.handleErrorFromSingleByte(in, out, log);
     ++in;
   }
 }

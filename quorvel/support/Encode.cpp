@@ -10,16 +10,12 @@
 #include "quorvel/kernel/Target.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
 #include "quorvel/pages/ArabicDigits.hpp"
-#include "quorvel/pages/CodePageNumbers.hpp"
 #include "quorvel/pages/CodePages.hpp"
 #include "quorvel/pages/TableLoops.hpp"
 #include "quorvel/pages/TableRegistry.hpp"
-#include "quorvel/support/ByteOrderMark.hpp"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/ErrorPolicy.hpp"
-#include "quorvel/support/MarkerFlags.hpp"
 #include "quorvel/support/PassthroughMarker.hpp"
-#include "quorvel/support/ScopedRestore.hpp"
 #include "quorvel/support/Steps.hpp"
 
 namespace quorvel {
@@ -28,65 +24,6 @@ namespace {
 
 bool isMarker(const unsigned char* in) {
   return in[0] == passthroughMarker[0] && in[1] == passthroughMarker[1];
-}
-
-// contract: once a unit has been written in the code page that the text came from,
-// the rest of the text is encoded as if UTF-16 had been the source. Readers of hex
-// references rely on it: in `a&#xE9;&#xE900;b` the second E9 is shown as a unit. A
-// byte-order mark, or a text that came from 1200, is copied and changes nothing.
-void endHonouring(EncodingConvert& converter, const unsigned char* unit) {
-  const bool isCopied = converter.m_fromCodePage == codePageUtf16le;
-  const bool isMark = markUtf16le.startsText(unit, 2) || markUtf16be.startsText(unit, 2);
-  if (!isCopied && !isMark) setMarkers(converter, neither);
-}
-
-// Writes the unit at `unit` in the code page that the conversion comes from, with
-// errors on the way dropped so that they cannot come back here.
-void convertBack(EncodingConvert& converter, const unsigned char* unit, DataBuffer& out,
-                 LogBase& log) {
-  {
-    const ScopedRestore action(converter.m_errorAction);
-    const ScopedRestore from(converter.m_fromCodePage);
-    const ScopedRestore to(converter.m_toCodePage);
-    const ScopedMarkers markers(converter);
-    converter.m_errorAction = 0;
-    converter.convert_a(codePageUtf16le, converter.m_fromCodePage, unit, 2, out, log);
-  }
-  endHonouring(converter, unit);
-}
-
-// The hexadecimal digits of the unit in the source code page, unlike the
-// handler for units, which shows the unit itself.
-void writeSourceHex(EncodingConvert& converter, const unsigned char* unit, DataBuffer& out,
-                    LogBase& log) {
-  DataBuffer source;
-  convertBack(converter, unit, source, log);
-  if (source.getSize()) appendHexReference(source.getData2(), source.getSize(), out);
-}
-
-// The error action for a unit without a mapping. While a pivot is encoded the
-// actions that show the source go back to it; outside one, the handler decides.
-void handleUnmapped(EncodingConvert& converter, const unsigned char* unit, DataBuffer& out,
-                    LogBase& log) {
-  if (converter.m_errorAction == 0) return;
-  if (!converter.m_honorPassthroughMarkers) {
-    converter.handleErrorFromUnicode(unit, out, log);
-    return;
-  }
-  switch (converter.m_errorAction) {
-    case actionSubstitute:
-      appendSubstitution(converter, out);
-      break;
-    case actionHex:
-      writeSourceHex(converter, unit, out, log);
-      break;
-    case actionPassThrough:
-      convertBack(converter, unit, out, log);
-      break;
-    default:
-      converter.handleErrorFromUnicode(unit, out, log);
-      break;
-  }
 }
 
 // The unit at `in`, in front of which a loop has stopped. False when memory ran

@@ -245,7 +245,7 @@ bool pivotBetween(const Conversion& conversion, const char* announcement,
 unsigned int pivotBlockLength(const Conversion& conversion) {
   constexpr unsigned int mostThatFits = mostBytes / 2 - 4;
   const bool isOneBlock = conversion.log.m_verboseLogging ||
-                          conversion.converter.m_errorAction == actionReconvert ||
+                          errorActionOf(conversion.converter) == ErrorAction::reconvert ||
                           conversion.numBytes > mostThatFits ||
                           (conversion.to != codePageUtf8 && !conversion.to.isRouted());
   return isOneBlock ? std::max(conversion.numBytes, fewestBytesPerBlock) : sourceBytesPerBlock;

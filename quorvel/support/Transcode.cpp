@@ -11,6 +11,7 @@
 #include "quorvel/kernel/Utf16Unit.hpp"
 #include "quorvel/kernel/Utf8Sequence.hpp"
 #include "quorvel/support/EncodingConvert.h"
+#include "quorvel/support/ErrorPolicy.hpp"
 #include "quorvel/support/PassthroughMarker.hpp"
 #include "quorvel/support/Steps.hpp"
 #include "quorvel/unicode/_qvUtf.h"
@@ -72,7 +73,7 @@ const unsigned char* decodeUtf8(EncodingConvert& converter, const SourcePart& pa
     converter.m_hadError = true;
     // What is dropped is the ill-formed part alone; a handler acts on all that
     // the lead byte announces.
-    in += converter.m_errorAction == 0
+    in += dropsErrors(converter)
               ? static_cast<int>(length)
               : converter.handleErrorFromUtf8(in, bytesLeft(in, part.end), out, log);
     if (in >= part.stop) return in;
