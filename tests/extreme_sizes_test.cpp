@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <span>
 #include <string_view>
 
 #include "tests/helpers/Conversion.h"
@@ -84,13 +85,14 @@ bool isAsExpected(const Attempt& attempt, const unsigned char* data, unsigned in
 }
 
 template <std::size_t n>
-[[noreturn]] void attemptAll(const Attempt (&attempts)[n], std::string_view beginning) {
+[[noreturn]] void attemptAll(const Attempt (&attempts)[n], std::string_view beginning,
+                             std::span<const unsigned int> sizes = kSizes) {
   const ZeroBytes zeros;
   std::copy(beginning.begin(), beginning.end(), zeros.data());
   limitMemory();
   bool ok = true;
   for (const Attempt& attempt : attempts) {
-    for (unsigned int size : kSizes) ok = isAsExpected(attempt, zeros.data(), size) && ok;
+    for (unsigned int size : sizes) ok = isAsExpected(attempt, zeros.data(), size) && ok;
   }
   std::_Exit(ok ? 0 : 1);
 }
@@ -128,11 +130,34 @@ TEST_F(ExtremeSizesDeathTest, FailForIso2022SourcesThatAnIntCannotCount) {
 
 TEST_F(ExtremeSizesDeathTest, FailWithWhatWasWrittenWhereTheTextIsConvertedInPieces) {
   const Attempt attempts[] = {
-      {65001, 1200, false, true, true},   {65001, 12000, false, true, true},
-      {65001, 65000, false, true, false}, {55000, 65001, false, true, true},
-      {12000, 65001, false, true, true},  {65001, kNoTable, false, true, false},
-      {65001, 55000, false, true, true},  {55000, 1200, false, true, false},
+      {65001, 12000, false, true, true}, {55000, 65001, false, true, true},
+      {12000, 65001, false, true, true}, {65001, 55000, false, true, true},
+      {55000, 1200, false, true, false},
   };
+  EXPECT_EXIT(attemptAll(attempts, ""), testing::ExitedWithCode(0), "");
+}
+
+// All of the text is looked at, which takes a while where nothing is optimised.
+TEST_F(ExtremeSizesDeathTest, FailWithNothingWrittenWhereAsciiInUtf8IsTooMuchUtf16) {
+  const Attempt attempts[] = {
+      {65001, 1200, false, true, false},
+      {65001, 65000, false, true, false},
+      {65001, kNoTable, false, true, false},
+  };
+  constexpr unsigned int sizes[] = {0x80000000, 0xFFFFFFFF};
+  EXPECT_EXIT(attemptAll(attempts, "", sizes), testing::ExitedWithCode(0), "");
+}
+
+// Every byte of 437 becomes a unit, so its text need not be looked at.
+TEST_F(ExtremeSizesDeathTest, FailWithNothingWrittenWhereTheTextIsSureToBecomeTooMuchUtf16) {
+  const Attempt attempts[] = {
+      {437, 1200, false, true, false},
+      {437, 65001, false, true, false},
+      {437, 850, false, true, false},
+      {437, 1201, true, true, false},
+  };
+  NullLog log;
+  EncodingConvert::ensureHashToUnicode(437, log);
   EXPECT_EXIT(attemptAll(attempts, ""), testing::ExitedWithCode(0), "");
 }
 

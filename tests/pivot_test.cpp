@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "tests/helpers/Conversion.h"
@@ -346,6 +347,19 @@ TEST(BigEndianToLittleEndian, AppendsTheTextAndFails) {
       {65000, 1200, "'a+AOk-'", failsQuietly("61 00 E9 00")},
       {1201, 1200, "FE FF", converts("")},
   });
+}
+
+TEST(PivotOfLongText, GuessesNoMoreRoomThanABadBeginningIsWorth) {
+  NullLog log;
+  DataBuffer out;
+  EncodingConvert converter;
+  converter.setErrorAction(2);
+  converter.m_fromCodePage = 65001;
+  Bytes text(24 << 20, 0x61);
+  std::fill(text.begin(), text.begin() + 8192, 0xFF);
+  converter.convert_a(65001, 1252, text.data(), sizeOf(text), out, log);
+  EXPECT_GT(out.getSize(), 24U << 20);
+  EXPECT_EQ(out.roomFor(64 << 20), nullptr);
 }
 
 struct Flags {

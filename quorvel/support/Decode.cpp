@@ -10,6 +10,7 @@
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/ErrorPolicy.hpp"
 #include "quorvel/support/Steps.hpp"
+#include "quorvel/support/Utf16Size.hpp"
 
 namespace quorvel {
 
@@ -95,7 +96,8 @@ bool EncodingConvert::convertToUnicodeHC(int fromCodePage, const unsigned char* 
   if (!in || inLen == 0) return true;
   return inTableDecoding(PageRef(fromCodePage), inLen, log, [&](const ToUnicodeTable& table) {
     const unsigned char* end = in + inLen;
-    return decodeByTable(*this, table, {in, end, end}, out, log) != nullptr;
+    return !tableTextIsTooLong(*this, table, in, inLen, out) &&
+           decodeByTable(*this, table, {in, end, end}, out, log) != nullptr;
   });
 }
 

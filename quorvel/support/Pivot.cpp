@@ -17,6 +17,7 @@
 #include "quorvel/support/ErrorPolicy.hpp"
 #include "quorvel/support/MarkerFlags.hpp"
 #include "quorvel/support/Steps.hpp"
+#include "quorvel/support/Utf16Size.hpp"
 
 namespace quorvel {
 
@@ -25,7 +26,8 @@ namespace {
 constexpr unsigned int mostBytes = std::numeric_limits<unsigned int>::max();
 
 // Each side: `inContext` finds what the side needs and runs the step in the log
-// contexts that belong to it; the other function is the step.
+// contexts that belong to it; `isTooLong` tells of a text whose pivot cannot be had;
+// the last function is the step.
 
 class FromUtf8 {
  public:
@@ -34,6 +36,10 @@ class FromUtf8 {
   template <typename Body>
   bool inContext(unsigned int, LogBase& log, const Body& body) {
     return inLogContext(log, utf8DecodingContext, body);
+  }
+  bool isTooLong(const EncodingConvert& converter, const unsigned char* data, unsigned int numBytes,
+                 const DataBuffer& pivot) const {
+    return utf8IsTooLong(converter, data, numBytes, pivot);
   }
   const unsigned char* decode(EncodingConvert& converter, const SourcePart& part, DataBuffer& pivot,
                               LogBase& log) const {
@@ -51,6 +57,10 @@ class FromTable {
       m_table = &table;
       return body();
     });
+  }
+  bool isTooLong(const EncodingConvert& converter, const unsigned char* data, unsigned int numBytes,
+                 const DataBuffer& pivot) const {
+    return tableTextIsTooLong(converter, *m_table, data, numBytes, pivot);
   }
   const unsigned char* decode(EncodingConvert& converter, const SourcePart& part, DataBuffer& pivot,
                               LogBase& log) const {
@@ -135,6 +145,7 @@ class Pivot {
   bool decodeUntilThereIsText() {
     const auto numBytes = static_cast<unsigned int>(m_end - m_begin);
     const bool ok = numBytes == 0 || m_from.inContext(numBytes, m_log, [&] {
+      if (m_from.isTooLong(m_converter, m_begin, numBytes, m_pivot)) return false;
       reserveForOneBlock();
       // Neither step leaves a trace if there is nothing for it.
       do {
@@ -207,13 +218,19 @@ class Pivot {
     m_pivot.ensureBuffer(static_cast<unsigned int>(std::min<std::size_t>(most, mostBytes)));
   }
 
-  // As much as the rest will need if it is like the text so far; where that
-  // cannot be had, each block asks for its own.
+  // As much as the rest will need if it is like the text so far; where that cannot
+  // be had, each block asks for its own. A bad beginning need not mean a bad text, so
+  // the guess is worth no more than a multiple of what there is.
   void reserveForTheRest() {
-    const Density density{static_cast<std::size_t>(m_in - m_begin),
-                          std::size_t{m_out.getSize()} - m_sizeBefore};
+    constexpr std::size_t alwaysAllowed = 64 << 20;
+    constexpr std::size_t mostTimesWritten = 16;
+    if (m_out.roomFor(3 * m_blockLength)) return;
+    const std::size_t written = m_out.getSize() - m_sizeBefore;
+    const Density density{static_cast<std::size_t>(m_in - m_begin), written};
     const auto left = static_cast<std::size_t>(m_end - m_in);
-    const std::size_t wanted = m_out.getSize() + density.expected(left) + m_blockLength;
+    const std::size_t guess = density.expected(left) + m_blockLength;
+    const std::size_t wanted =
+        m_out.getSize() + std::min(guess, std::max(alwaysAllowed, mostTimesWritten * written));
     if (wanted <= mostBytes) m_out.ensureBuffer(static_cast<unsigned int>(wanted));
   }
 

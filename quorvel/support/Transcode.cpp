@@ -14,6 +14,7 @@
 #include "quorvel/support/ErrorPolicy.hpp"
 #include "quorvel/support/PassthroughMarker.hpp"
 #include "quorvel/support/Steps.hpp"
+#include "quorvel/support/Utf16Size.hpp"
 #include "quorvel/unicode/_qvUtf.h"
 
 namespace quorvel {
@@ -101,7 +102,8 @@ bool EncodingConvert::cv_utf8_to_utf16(const unsigned char* data, unsigned int n
   if (!data || numBytes == 0) return true;
   return inLogContext(log, utf8DecodingContext, [&] {
     const unsigned char* end = data + numBytes;
-    return decodeUtf8(*this, {data, end, end}, out, log) != nullptr;
+    return !utf8IsTooLong(*this, data, numBytes, out) &&
+           decodeUtf8(*this, {data, end, end}, out, log) != nullptr;
   });
 }
 
