@@ -422,6 +422,29 @@ TEST(MarkedBytes, AreRewrittenWhereTheyLookLikeArabicDigits) {
             convertsWithError("60 06 60 06 61"));
 }
 
+// Nobody has written these markers: they are characters of the source, and what
+// follows them becomes bytes of the destination, with no error.
+TEST(MarkedBytes, MayBeCharactersOfTheSource) {
+  EXPECT_EQ(convert(withAction(0), 65001, 1252, "61 EE BF BD E3 B0 81 62"), converts("'a<b'"));
+  EXPECT_EQ(convert(withAction(0), 65001, 932, "61 EE BF BD E3 B0 81 62"), converts("'a<b'"));
+  EXPECT_EQ(convert(withAction(0), 65001, 1252, "EE BF BD E3 B0 85 E6 8D B3 E6 A5 B2"),
+            converts("'<scri'"));
+  EXPECT_EQ(convert(withAction(0), 12000, 1252, "FD EF 00 00 01 3C 00 00"), converts("'<'"));
+  EXPECT_EQ(convert(withAction(0), 950, 65001, "83 4B 61"), converts("EE BF BD 61"));
+  EXPECT_EQ(convert(withAction(0), 65001, 1200, "EE BF BD E3 B0 81"), converts("FD EF 01 3C"));
+  EXPECT_EQ(convert(withAction(0), 1200, 1252, "FD EF 01 3C"), fails(""));
+}
+
+// The count and the hundred bytes are read as fifty units without a place.
+TEST(MarkedBytes, BecomeFiveThousandOutOfOneWhenAHundredAreNoCount) {
+  EncodingConvert converter = withAction(1);
+  const Bytes substitute(100, 0xEE);
+  converter.setDefBytes(substitute.data(), static_cast<int>(substitute.size()));
+  std::string expected;
+  for (int i = 0; i < 5000; ++i) expected += "EE ";
+  EXPECT_EQ(convert(converter, 65001, 1252, "FF"), fails(expected));
+}
+
 // U+EFFD in UTF-8 is the marker to the second half of the pivot, with the "b"
 // behind it as a count that is none, as long as the flag is set.
 TEST(TheMarkerFlags, AreClearedByANestedConversion) {

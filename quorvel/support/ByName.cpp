@@ -1,8 +1,11 @@
 // Entry points for callers who know an encoding by its charset name or as the
 // platform's ANSI or OEM code page. What they add is the policy for names that
-// do not resolve, which differs from one to the next on purpose: an unknown
-// source is logged and read as UTF-8, an unknown destination silently becomes
-// UTF-8, and two names are refused if either is unknown.
+// do not resolve; names/ resolves them, and Dispatch.cpp converts.
+//
+// contract: the policy differs from one to the next: an unknown source is logged and
+// read as UTF-8, an unknown destination silently becomes UTF-8, and two names are
+// refused if either is unknown. Mail readers rely on text with an odd charset coming
+// through, and gateways on being told.
 
 #include <algorithm>
 

@@ -1,5 +1,7 @@
 // Decoding of the table-driven code pages to UTF-16LE: the loops of
-// kernel/Table.h map what has a mapping, the steps here decide about the rest.
+// kernel/Table.hpp map what has a mapping, the steps here decide about the rest.
+// The tables come from pages/TableRegistry.hpp; who converts by way of them is told
+// in Pivot.cpp and Routes.cpp.
 
 #include "quorvel/base/BlockRunner.hpp"
 #include "quorvel/base/InLogContext.hpp"
@@ -17,8 +19,12 @@ namespace quorvel {
 namespace {
 
 // Decodes multibyte text by `decode`, which makes at most `mostBytes` bytes of a
-// character. A lone byte at the very end is a single-byte error, anything before
-// it one of unknown extent.
+// character.
+//
+// contract: a lone byte at the very end is a single-byte error, anything before it
+// one of unknown extent, so that action 8 widens the former and, in the pages whose
+// errors cover two bytes, writes nothing for the latter. Callers tell a text that was
+// cut off by the unit at its end.
 template <typename Decode>
 const unsigned char* decodeText(EncodingConvert& converter, const Decode& decode,
                                 unsigned int mostBytes, const SourcePart& part, DataBuffer& out,

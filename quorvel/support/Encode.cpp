@@ -1,5 +1,7 @@
 // Encoding of UTF-16LE in the table-driven code pages: the loops of
-// kernel/Table.h map what has a mapping, the steps here decide about the rest.
+// kernel/Table.hpp map what has a mapping, the steps here decide about the rest.
+// What is written for a unit without a mapping is told in ErrorPolicy.cpp, what a
+// marker is in PassthroughMarker.hpp.
 
 #include <algorithm>
 #include <cstddef>
@@ -96,8 +98,10 @@ std::unique_ptr<unsigned char[]> withAsciiDigits(const unsigned char* in, unsign
   return copy;
 }
 
-// Both sets of Arabic digits become ASCII digits, and so do raw bytes behind a
-// marker that happen to look like them. The index knows the digits; but from the
+// Both sets of Arabic digits become ASCII digits.
+//
+// contract: so do raw bytes behind a marker that happen to look like them; readers
+// take their substitution for text of the page. The index knows the digits; but from the
 // first marker on the units may be read one byte off while it is still the units
 // as they were written that count: from there on the text is rewritten, and read
 // through the table, which leaves what then looks like a digit alone.

@@ -1,3 +1,7 @@
+// The settings of a converter. Its conversions begin in ByName.cpp and Dispatch.cpp,
+// go on in Routes.cpp and Pivot.cpp and consist of the steps in Decode.cpp,
+// Encode.cpp and Transcode.cpp; what errors become stands in ErrorPolicy.cpp.
+
 #include "quorvel/support/EncodingConvert.h"
 
 #include <algorithm>

@@ -56,6 +56,10 @@ class QUORVEL_API EncodingConvert {
   /// The substitution for error action 1, already in the destination encoding:
   /// the first 100 bytes at most. A null pointer keeps the old bytes and
   /// changes only the count; a negative count is taken as 0.
+  ///
+  /// More than five bytes do not cross a conversion from UTF-8 or a code page to a
+  /// code page whole: they are read as UTF-16 on the way, and each unit of them that
+  /// has no place there is substituted again (one bad byte becomes up to 5000).
   void setDefBytes(const unsigned char* bytes, int count);
 
   // --- Conversion by code page number -----------------------------------
@@ -64,6 +68,10 @@ class QUORVEL_API EncodingConvert {
   /// other side; equal code pages copy; numbers below 100 other than 37 are
   /// refused. Input of 7 bytes or more that begins with "%PDF-1" is copied
   /// whatever the code pages. ISO-2022 text of 2 GiB or more is refused.
+  ///
+  /// From UTF-8, UTF-32 or a code page to a code page, U+EFFD and what follows it
+  /// may become raw bytes of the destination (`m_emitPassthroughMarkers`): look for
+  /// what must not be there in the output, not in the source.
   bool EncConvert(int fromCodePage, int toCodePage, const unsigned char* data,
                   unsigned int numBytes, DataBuffer& out, LogBase& log);
 

@@ -1,5 +1,10 @@
 #pragma once
 
+// The two flags that tell the steps about markers (PassthroughMarker.hpp). The pivot
+// (Pivot.cpp) sets them for each of its halves and clears both at the end, the direct
+// routes (Routes.cpp) clear both; they are fields of the converter because anybody
+// may read them and call a handler.
+
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/support/ScopedRestore.hpp"
 

@@ -6,6 +6,21 @@
 #include "quorvel/kernel/Table.hpp"
 #include "quorvel/kernel/Utf.hpp"
 
+// How substitutions cross the pivot: while a source is decoded, a handler puts a
+// marker and a count in front of the bytes that it writes for the destination
+// (ErrorPolicy.cpp); while the pivot is encoded, these bytes are copied (Encode.cpp,
+// Transcode.cpp). MarkerFlags.hpp says when.
+//
+// contract: nothing tells a marker that a handler wrote from a character of the
+// source that looks like it. In UTF-8 the text U+EFFD U+3C01 becomes the raw byte 3C
+// of the destination, without an error, so that a filter which has seen the text
+// before the conversion has not seen that byte. Streams that were marked by other
+// tools before they came here rely on it.
+//
+// contract: substitutions of more than five bytes are marked too, with a count that
+// is none; what comes of them is read as units, each of which may be substituted
+// again. Readers of such streams expect them that way.
+
 namespace quorvel {
 
 /// The bytes that announce raw bytes inside a UTF-16 pivot; a count byte and
@@ -14,9 +29,12 @@ namespace quorvel {
 inline constexpr unsigned char passthroughMarker[2] = {0xFD, 0xEF};
 static_assert((passthroughMarker[0] | passthroughMarker[1] << 8) == kernel::rawBytesUnit);
 
-/// The unit that the UTF-16 to UTF-8 transcoder takes for the marker: in host
-/// order, so on a little-endian host the bytes stand the other way round than
-/// the handlers write them. Readers of its output rely on the difference.
+/// The unit that the UTF-16 to UTF-8 transcoder takes for the marker, U+FDEF.
+///
+/// contract: it is looked for in host order, so on a little-endian host the bytes
+/// stand the other way round than the handlers write them, and what they wrote
+/// appears in UTF-8 as characters. Readers of that output find substitutions by the
+/// characters U+EFFD.
 inline constexpr unsigned int passthroughMarkerUnit = kernel::undecidedUnit;
 
 /// A count byte above this is no count: only the marker is taken away.

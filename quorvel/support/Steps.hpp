@@ -1,5 +1,7 @@
 #pragma once
 
+// Implemented in Transcode.cpp (UTF-8), Decode.cpp and Encode.cpp (tables).
+
 #include "quorvel/base/DataBuffer.h"
 #include "quorvel/base/InLogContext.hpp"
 #include "quorvel/base/LogBase.h"

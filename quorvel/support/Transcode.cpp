@@ -1,6 +1,6 @@
-// The direct transcoders between UTF-8 and UTF-16: the loops of kernel/Utf.h
+// The direct transcoders between UTF-8 and UTF-16: the loops of kernel/Utf.hpp
 // move the bytes, the steps here decide what happens at the places where a
-// loop stops.
+// loop stops. They are half of a pivot (Pivot.cpp) or a whole route (Routes.cpp).
 
 #include <algorithm>
 #include <limits>
@@ -27,6 +27,9 @@ constexpr unsigned int mostUtf8Bytes = 3;
 
 // Writes the unit at `in`, a high surrogate or an ordinary U+FDEF, and with a
 // high surrogate the unit behind it, whatever that is, as three bytes each.
+//
+// contract: UTF-16 that is not well-formed becomes UTF-8 that is not, without an
+// error. Callers who store names that hold lone surrogates get them back.
 const unsigned char* writeUnitAsItIs(const unsigned char* in, const unsigned char* end,
                                      DataBuffer& out) {
   unsigned char bytes[6];
@@ -72,8 +75,9 @@ const unsigned char* decodeUtf8(EncodingConvert& converter, const SourcePart& pa
       log.LogDataLong("m_errorAction", converter.m_errorAction);
     }
     converter.m_hadError = true;
-    // What is dropped is the ill-formed part alone; a handler acts on all that
-    // the lead byte announces.
+    // contract: what is dropped is the ill-formed part alone; a handler acts on all
+    // that the lead byte announces, be it text. Callers who count on the bytes of a
+    // sequence standing together in the reference to them rely on the second.
     in += dropsErrors(converter)
               ? static_cast<int>(length)
               : converter.handleErrorFromUtf8(in, bytesLeft(in, part.end), out, log);
