@@ -83,8 +83,8 @@ bool convertVia(EncodingConvert& converter, int codePage, const Request& request
 
 bool toUtf7(EncodingConvert& converter, const Request& request, DataBuffer& out, LogBase& log) {
   DataBuffer utf16;
-  const int hostOrder = qvIsLittleEndian() ? codePageUtf16le : codePageUtf16be;
-  return convertVia(converter, hostOrder, request, utf16, log) && _qvUtf::Utf16XEToUtf7(utf16, out);
+  return convertVia(converter, codePageUtf16le, request, utf16, log) &&
+         _qvUtf::Utf16XEToUtf7(utf16, out);
 }
 
 bool toUtf32(EncodingConvert& converter, const Request& request, DataBuffer& out, LogBase& log) {
@@ -98,8 +98,8 @@ bool toUtf32(EncodingConvert& converter, const Request& request, DataBuffer& out
   return _qvUtf::Utf8toUtf32(isBigEndian(request.toCodePage), utf8, out);
 }
 
-// The pivot always gives the low byte first, whatever the host. What it gave is
-// kept even when it failed: only the error flag tells.
+// The pivot gives the low byte first. What it gave is kept even when it failed: only
+// the error flag tells.
 bool toUtf16be(EncodingConvert& converter, const Request& request, DataBuffer& out, LogBase& log) {
   converter.m_toCodePage = codePageUtf16le;
   DataBuffer utf16;

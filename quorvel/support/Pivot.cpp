@@ -6,7 +6,6 @@
 #include <limits>
 
 #include "quorvel/base/InLogContext.hpp"
-#include "quorvel/base/qvHelpers.h"
 #include "quorvel/pages/CodePageNumbers.hpp"
 #include "quorvel/support/BlockPivot.hpp"
 #include "quorvel/support/EncodingConvert.h"
@@ -84,7 +83,7 @@ Normalised normaliseUtf7(Source& source) {
   DataBuffer lent;
   lend(source, lent);
   const bool isClean = _qvUtf::Utf7ToUtf16_xe(lent, source.normalised);
-  source.useNormalised(qvIsLittleEndian() ? codePageUtf16le : codePageUtf16be);
+  source.useNormalised(codePageUtf16le);
   return isClean ? Normalised::clean : Normalised::illFormed;
 }
 
