@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -368,6 +369,28 @@ TEST(DataBufferWithoutMemory, GrowsByWhatIsNeededWhenItCannotGrowAhead) {
   EXPECT_TRUE(buffer.appendChar('z'));
   EXPECT_EQ(buffer.getSize(), 64 * megabyte + 1);
   EXPECT_EQ(*buffer.getDataAt2(64 * megabyte), 'z');
+}
+
+// Each move copies all that there is, so that growing by what is needed now, piece
+// after piece, takes quadratic time. While it moves the content needs room twice.
+TEST(DataBufferWithoutMemory, MovesAFewTimesOnlyBeforeMemoryIsUsedUp) {
+  if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
+  constexpr std::size_t megabyte = 1u << 20;
+  constexpr unsigned int pieceLength = 16384;
+  for (const std::size_t memory : {64, 80, 96, 112, 128, 130, 132, 134, 144, 160}) {
+    DataBuffer buffer;
+    const unsigned char* block = nullptr;
+    int moves = 0;
+    const MemoryLimit limit(memory * megabyte);
+    for (unsigned char* room = nullptr; (room = buffer.growBy(pieceLength));) {
+      std::memset(room, 0xA5, pieceLength);
+      buffer.keepWritten(pieceLength);
+      if (buffer.getData2() != block) ++moves;
+      block = buffer.getData2();
+    }
+    EXPECT_LE(moves, 40) << memory;
+    EXPECT_GE(buffer.getSize(), memory * megabyte * 3 / 8) << memory;
+  }
 }
 
 TEST(DataBufferBorrowing, PresentsTheCallersBytesWithoutACopy) {
