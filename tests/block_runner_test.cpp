@@ -12,6 +12,10 @@ namespace {
 using test_memory::MemoryLimit;
 using test_memory::RepeatedBytes;
 
+// What a text can become at most is more than 32 bits can count.
+static_assert(mostOutput(0xFFFFFFFFU, 8) == 0x400000000U);
+static_assert(Density{1, 3}.expected(0x80000000U) == 0x198000000U);
+
 constexpr unsigned int mebibyte = 1U << 20;
 constexpr unsigned int textLength = 60 * mebibyte;
 

@@ -160,7 +160,7 @@ class BlockPivot {
     const Density density{static_cast<std::size_t>(m_in - m_begin),
                           std::size_t{m_out.getSize()} - m_sizeBefore};
     const auto left = static_cast<std::size_t>(m_end - m_in);
-    const std::size_t wanted = m_out.getSize() + density.expected(left) + m_blockLength;
+    const auto wanted = m_out.getSize() + density.expected(left) + m_blockLength;
     if (wanted <= std::numeric_limits<unsigned int>::max())
       m_out.ensureBuffer(static_cast<unsigned int>(wanted));
   }
