@@ -186,6 +186,7 @@ TEST(DataBuffer, PointsAtContentOnly) {
 }
 
 TEST(DataBuffer, PointsAtTheLastOfFourGigabytes) {
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   const Untouchable all(mostBytes);
   EXPECT_EQ(all.buffer.getDataAt2(mostBytes - 1), all.mapping.data() + (mostBytes - 1));
   EXPECT_EQ(all.buffer.getDataAt2(mostBytes), nullptr);
@@ -285,6 +286,7 @@ TEST(DataBuffer, HasAllTheRoomItWasAskedFor) {
 }
 
 TEST(DataBufferSizes, DoNotWrapOnAppend) {
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   Untouchable full(mostBytes);
   EXPECT_FALSE(full.buffer.appendChar('a'));
   EXPECT_FALSE(full.buffer.append("a", 1));
@@ -308,6 +310,7 @@ TEST(DataBufferSizes, DoNotWrapWhenABufferIsAppendedToItself) {
 }
 
 TEST(DataBufferSizes, DoNotWrapWhenAHugeBufferIsAppended) {
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   const Untouchable full(mostBytes);
   DataBuffer buffer;
   fill(buffer, "a");
@@ -316,6 +319,7 @@ TEST(DataBufferSizes, DoNotWrapWhenAHugeBufferIsAppended) {
 }
 
 TEST(DataBufferSizes, DoNotWrapOnGrowBy) {
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   Untouchable full(mostBytes);
   EXPECT_EQ(full.buffer.growBy(1), nullptr);
   EXPECT_EQ(full.buffer.growBy(mostBytes), nullptr);
@@ -330,6 +334,7 @@ TEST(DataBufferSizes, DoNotWrapOnGrowBy) {
 
 TEST(DataBufferWithoutMemory, KeepsItsContent) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   const Mapping huge(mostBytes);
   DataBuffer buffer;
   fill(buffer, "abc");
@@ -347,6 +352,7 @@ TEST(DataBufferWithoutMemory, KeepsItsContent) {
 
 TEST(DataBufferWithoutMemory, KeepsWhatItBorrows) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   Untouchable lent(0xF0000000U);
   const MemoryLimit limit(16u << 20);
   EXPECT_FALSE(lent.buffer.appendChar('a'));

@@ -25,11 +25,14 @@ constexpr bool canLimitMemory = false;
 constexpr bool canLimitMemory = true;
 #endif
 
+// A 32-bit program has not the addresses for a text of gigabytes.
+constexpr bool canMapGigabytes = sizeof(void*) > 4;
+
 // The thread sanitizer notes every byte that is read: minutes for gigabytes.
 #if defined(__SANITIZE_THREAD__)
 constexpr bool canReadGigabytes = false;
 #else
-constexpr bool canReadGigabytes = true;
+constexpr bool canReadGigabytes = canMapGigabytes;
 #endif
 
 /// Reserved addresses, neither readable nor writable unless asked for.
