@@ -1,5 +1,8 @@
 #pragma once
 
+// Between the inner loops, which write over raw pointers and know no buffer, and the
+// buffer that their output grows in: finds the room for one block after the other.
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

@@ -1,3 +1,7 @@
+// Whose the bytes are shows in two fields. With a capacity of 0 they are the
+// caller's and only read: the first change makes a copy. With another they are
+// storage to write to, which is freed unless it is lent.
+
 #include "quorvel/base/DataBuffer.h"
 
 #include <algorithm>
