@@ -338,7 +338,7 @@ TEST(DataBufferWithoutMemory, KeepsItsContent) {
   const Mapping huge(mostBytes);
   DataBuffer buffer;
   fill(buffer, "abc");
-  const MemoryLimit limit(16u << 20);
+  const MemoryLimit limit(16U << 20);
   EXPECT_FALSE(buffer.append(huge.data(), 0x7FFFFFFFU));
   EXPECT_FALSE(buffer.append(huge.data(), mostBytes - 3));
   EXPECT_EQ(buffer.growBy(0x80000000U), nullptr);
@@ -354,7 +354,7 @@ TEST(DataBufferWithoutMemory, KeepsWhatItBorrows) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
   if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   Untouchable lent(0xF0000000U);
-  const MemoryLimit limit(16u << 20);
+  const MemoryLimit limit(16U << 20);
   EXPECT_FALSE(lent.buffer.appendChar('a'));
   EXPECT_FALSE(lent.buffer.ensureBuffer(1));
   EXPECT_EQ(lent.buffer.growBy(1), nullptr);
@@ -366,12 +366,12 @@ TEST(DataBufferWithoutMemory, KeepsWhatItBorrows) {
 // Twice the size does not fit, what is needed now does.
 TEST(DataBufferWithoutMemory, GrowsByWhatIsNeededWhenItCannotGrowAhead) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
-  constexpr unsigned int megabyte = 1u << 20;
+  constexpr unsigned int megabyte = 1U << 20;
   DataBuffer buffer;
   ASSERT_TRUE(buffer.ensureBuffer(64 * megabyte));
   ASSERT_NE(buffer.growBy(64 * megabyte), nullptr);
   buffer.keepWritten(64 * megabyte);
-  const MemoryLimit limit(96u << 20);
+  const MemoryLimit limit(96U << 20);
   EXPECT_TRUE(buffer.appendChar('z'));
   EXPECT_EQ(buffer.getSize(), 64 * megabyte + 1);
   EXPECT_EQ(*buffer.getDataAt2(64 * megabyte), 'z');
@@ -381,9 +381,9 @@ TEST(DataBufferWithoutMemory, GrowsByWhatIsNeededWhenItCannotGrowAhead) {
 // after piece, takes quadratic time. While it moves the content needs room twice.
 TEST(DataBufferWithoutMemory, MovesAFewTimesOnlyBeforeMemoryIsUsedUp) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
-  constexpr std::size_t megabyte = 1u << 20;
+  constexpr std::size_t megabyte = 1U << 20;
   constexpr unsigned int pieceLength = 16384;
-  for (const std::size_t memory : {64, 80, 96, 112, 128, 130, 132, 134, 144, 160}) {
+  for (const std::size_t memory : {64U, 80U, 96U, 112U, 128U, 130U, 132U, 134U, 144U, 160U}) {
     DataBuffer buffer;
     const unsigned char* block = nullptr;
     int moves = 0;
