@@ -5,7 +5,6 @@
 
 #include "cli/Iso2022.h"
 #include "quorvel/base/NullLog.h"
-#include "quorvel/base/qvHelpers.h"
 #include "quorvel/pages/CodePageNumbers.hpp"
 #include "quorvel/support/EncodingConvert.h"
 #include "quorvel/unicode/_qvUtf.h"
@@ -24,8 +23,6 @@ constexpr bool isUnicode(int codePage) {
   return isUtf16(codePage) || isUtf32(codePage) || codePage == codePageUtf7 ||
          codePage == codePageUtf8;
 }
-
-int hostUtf16() { return qvIsLittleEndian() ? codePageUtf16le : codePageUtf16be; }
 
 std::string_view viewOf(const DataBuffer& text) {
   return {reinterpret_cast<const char*>(text.getData2()), text.getSize()};
@@ -62,7 +59,7 @@ bool exchangeBytes(const DataBuffer& text, DataBuffer& out) {
 // The library reads UTF-7 as UTF-16 of the host and then has no way on to
 // UTF-16, which its result would report as a failure.
 bool utf7ToUtf16(int to, DataBuffer& text, DataBuffer& out) {
-  if (to == hostUtf16()) return _qvUtf::Utf7ToUtf16_xe(text, out);
+  if (to == codePageUtf16le) return _qvUtf::Utf7ToUtf16_xe(text, out);
   // With a mark to lose, a first character that looks like one stays.
   DataBuffer units;
   units.append(markUtf16le.data(), static_cast<unsigned int>(markUtf16le.size()));
@@ -159,8 +156,7 @@ bool losesOnTheWayThroughUtf8(int from, DataBuffer& text) {
   if (isUtf16(from)) return losesInUtf8(text, from == codePageUtf16be);
   if (from == codePageUtf7) {
     DataBuffer units;
-    return !_qvUtf::Utf7ToUtf16_xe(text, units) ||
-           losesInUtf8(units, hostUtf16() == codePageUtf16be);
+    return !_qvUtf::Utf7ToUtf16_xe(text, units) || losesInUtf8(units, false);
   }
   // In all encodings that become UTF-16 on their way a zero byte is U+0000.
   const bool staysOutOfUtf16 =

@@ -184,6 +184,7 @@ TEST(Base64, AppendsNothingOfALongMalformedText) {
 
 TEST(Base64, AppendsNothingWithoutMemory) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   const test_memory::RepeatedBytes text("AAAA", 0xFFFFFFFCU);
   const auto* p = reinterpret_cast<const char*>(text.data());
   DataBuffer out;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -185,6 +186,7 @@ TEST(DataBuffer, PointsAtContentOnly) {
 }
 
 TEST(DataBuffer, PointsAtTheLastOfFourGigabytes) {
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   const Untouchable all(mostBytes);
   EXPECT_EQ(all.buffer.getDataAt2(mostBytes - 1), all.mapping.data() + (mostBytes - 1));
   EXPECT_EQ(all.buffer.getDataAt2(mostBytes), nullptr);
@@ -284,6 +286,7 @@ TEST(DataBuffer, HasAllTheRoomItWasAskedFor) {
 }
 
 TEST(DataBufferSizes, DoNotWrapOnAppend) {
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   Untouchable full(mostBytes);
   EXPECT_FALSE(full.buffer.appendChar('a'));
   EXPECT_FALSE(full.buffer.append("a", 1));
@@ -307,6 +310,7 @@ TEST(DataBufferSizes, DoNotWrapWhenABufferIsAppendedToItself) {
 }
 
 TEST(DataBufferSizes, DoNotWrapWhenAHugeBufferIsAppended) {
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   const Untouchable full(mostBytes);
   DataBuffer buffer;
   fill(buffer, "a");
@@ -315,6 +319,7 @@ TEST(DataBufferSizes, DoNotWrapWhenAHugeBufferIsAppended) {
 }
 
 TEST(DataBufferSizes, DoNotWrapOnGrowBy) {
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   Untouchable full(mostBytes);
   EXPECT_EQ(full.buffer.growBy(1), nullptr);
   EXPECT_EQ(full.buffer.growBy(mostBytes), nullptr);
@@ -329,10 +334,11 @@ TEST(DataBufferSizes, DoNotWrapOnGrowBy) {
 
 TEST(DataBufferWithoutMemory, KeepsItsContent) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   const Mapping huge(mostBytes);
   DataBuffer buffer;
   fill(buffer, "abc");
-  const MemoryLimit limit(16u << 20);
+  const MemoryLimit limit(16U << 20);
   EXPECT_FALSE(buffer.append(huge.data(), 0x7FFFFFFFU));
   EXPECT_FALSE(buffer.append(huge.data(), mostBytes - 3));
   EXPECT_EQ(buffer.growBy(0x80000000U), nullptr);
@@ -346,8 +352,9 @@ TEST(DataBufferWithoutMemory, KeepsItsContent) {
 
 TEST(DataBufferWithoutMemory, KeepsWhatItBorrows) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   Untouchable lent(0xF0000000U);
-  const MemoryLimit limit(16u << 20);
+  const MemoryLimit limit(16U << 20);
   EXPECT_FALSE(lent.buffer.appendChar('a'));
   EXPECT_FALSE(lent.buffer.ensureBuffer(1));
   EXPECT_EQ(lent.buffer.growBy(1), nullptr);
@@ -359,15 +366,37 @@ TEST(DataBufferWithoutMemory, KeepsWhatItBorrows) {
 // Twice the size does not fit, what is needed now does.
 TEST(DataBufferWithoutMemory, GrowsByWhatIsNeededWhenItCannotGrowAhead) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
-  constexpr unsigned int megabyte = 1u << 20;
+  constexpr unsigned int megabyte = 1U << 20;
   DataBuffer buffer;
   ASSERT_TRUE(buffer.ensureBuffer(64 * megabyte));
   ASSERT_NE(buffer.growBy(64 * megabyte), nullptr);
   buffer.keepWritten(64 * megabyte);
-  const MemoryLimit limit(96u << 20);
+  const MemoryLimit limit(96U << 20);
   EXPECT_TRUE(buffer.appendChar('z'));
   EXPECT_EQ(buffer.getSize(), 64 * megabyte + 1);
   EXPECT_EQ(*buffer.getDataAt2(64 * megabyte), 'z');
+}
+
+// Each move copies all that there is, so that growing by what is needed now, piece
+// after piece, takes quadratic time. While it moves the content needs room twice.
+TEST(DataBufferWithoutMemory, MovesAFewTimesOnlyBeforeMemoryIsUsedUp) {
+  if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
+  constexpr std::size_t megabyte = 1U << 20;
+  constexpr unsigned int pieceLength = 16384;
+  for (const std::size_t memory : {64U, 80U, 96U, 112U, 128U, 130U, 132U, 134U, 144U, 160U}) {
+    DataBuffer buffer;
+    const unsigned char* block = nullptr;
+    int moves = 0;
+    const MemoryLimit limit(memory * megabyte);
+    for (unsigned char* room = nullptr; (room = buffer.growBy(pieceLength));) {
+      std::memset(room, 0xA5, pieceLength);
+      buffer.keepWritten(pieceLength);
+      if (buffer.getData2() != block) ++moves;
+      block = buffer.getData2();
+    }
+    EXPECT_LE(moves, 40) << memory;
+    EXPECT_GE(buffer.getSize(), memory * megabyte * 3 / 8) << memory;
+  }
 }
 
 TEST(DataBufferBorrowing, PresentsTheCallersBytesWithoutACopy) {

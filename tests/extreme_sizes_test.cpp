@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "tests/helpers/Conversion.h"
+#include "tests/helpers/Memory.h"
 
 // The sanitizers map more address space than the limit set here leaves.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -27,6 +28,7 @@ using namespace quorvel_test;
 using quorvel::DataBuffer;
 using quorvel::EncodingConvert;
 using quorvel::NullLog;
+using quorvel::test_memory::canMapGigabytes;
 
 constexpr unsigned int kSizes[] = {0x80000000, 0x80000001, 0xFFFFFFFC,
                                    0xFFFFFFFD, 0xFFFFFFFE, 0xFFFFFFFF};
@@ -46,7 +48,7 @@ class ZeroBytes {
   unsigned char* data() const { return static_cast<unsigned char*>(m_bytes); }
 
  private:
-  static constexpr std::size_t kLength = 0x100000000;
+  static constexpr std::size_t kLength = static_cast<std::size_t>(0x100000000);
 
   void* m_bytes;
 };
@@ -103,6 +105,7 @@ class ExtremeSizes : public testing::Test {
 #ifdef QUORVEL_TESTS_SANITIZED
     GTEST_SKIP() << "the sanitizers need more address space";
 #endif
+    if (!canMapGigabytes) GTEST_SKIP() << "a 32-bit program has not the addresses";
   }
 };
 

@@ -254,6 +254,7 @@ TEST(Gsm, DecodesLongRandomTextsByTheTables) {
 
 TEST(GsmSizes, DoNotWrapForGigabytesOfInput) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   const test_memory::RepeatedBytes euros("\x1B\x65", 0xFFFFFFFFU);
   const test_memory::RepeatedBytes upper("\xC0\xC0", 0xFFFFFFFFU);
   StringBuffer text;

@@ -34,7 +34,7 @@ TEST(StringLength, IsFoundWithoutReadingOn) {
 TEST(StringLength, IsTheLargestNumberForALongerText) {
   if (!test_memory::canReadGigabytes) GTEST_SKIP() << "gigabytes take too long here";
   // The block that repeats has no NUL; the one behind the text does.
-  const std::size_t size = 0x100000000U;
+  constexpr auto size = static_cast<std::size_t>(0x100000000U);
   const test_memory::RepeatedBytes text("abcd", size + 1);
   void* tail =
       mmap(text.data() + size, 4096, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);

@@ -113,6 +113,7 @@ TEST(StringBuffer, MovesItsText) {
 
 // The sum of both lengths would wrap, or leave no room for the NUL.
 TEST(StringBufferSizes, DoNotWrap) {
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   const test_memory::Mapping untouchable(0xFFFFFFFFU);
   const auto* text = reinterpret_cast<const char*>(untouchable.data());
   StringBuffer buffer;
@@ -126,6 +127,7 @@ TEST(StringBufferSizes, DoNotWrap) {
 
 TEST(StringBufferWithoutMemory, KeepsItsText) {
   if (!test_memory::canLimitMemory) GTEST_SKIP() << "memory cannot be limited here";
+  if (!test_memory::canMapGigabytes) GTEST_SKIP() << "gigabytes cannot be mapped here";
   const test_memory::Mapping untouchable(0xFFFFFFFFU);
   const auto* text = reinterpret_cast<const char*>(untouchable.data());
   StringBuffer buffer;

@@ -1,7 +1,11 @@
 #pragma once
 
+// Between the inner loops, which write over raw pointers and know no buffer, and the
+// buffer that their output grows in: finds the room for one block after the other.
+
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 
 #include "quorvel/base/DataBuffer.h"
@@ -13,9 +17,10 @@ namespace quorvel {
 /// and the size of that do not depend on the length of the text.
 inline constexpr std::size_t bytesPerBlock = 16384;
 
-/// What `numBytes` bytes of input can become at most.
-constexpr std::size_t mostOutput(std::size_t numBytes, unsigned int outputPerTwoBytes) {
-  return (numBytes / 2 + 1) * outputPerTwoBytes;
+/// What `numBytes` bytes of input can become at most, which a `std::size_t` of 32
+/// bits need not hold.
+constexpr std::uint64_t mostOutput(std::size_t numBytes, unsigned int outputPerTwoBytes) {
+  return (std::uint64_t{numBytes} / 2 + 1) * outputPerTwoBytes;
 }
 
 /// How a text has grown or shrunk so far, as a guess at what is to come.
@@ -24,19 +29,19 @@ struct Density {
   std::size_t written;
 
   /// A little more than `numBytes` bytes will need if they are like the others.
-  std::size_t expected(std::size_t numBytes) const {
+  constexpr std::uint64_t expected(std::size_t numBytes) const {
     if (consumed == 0) return 0;
     const double growth = static_cast<double>(written) / static_cast<double>(consumed);
-    return static_cast<std::size_t>(growth * 1.0625 * static_cast<double>(numBytes));
+    return static_cast<std::uint64_t>(growth * 1.0625 * static_cast<double>(numBytes));
   }
 };
 
 /// Room for `wanted` bytes if it can be had, else for `needed` or none.
-inline unsigned char* growByEither(std::size_t wanted, std::size_t needed, DataBuffer& out) {
+inline unsigned char* growByEither(std::uint64_t wanted, unsigned int needed, DataBuffer& out) {
   if (wanted > needed && wanted <= std::numeric_limits<unsigned int>::max()) {
     if (unsigned char* room = out.growBy(static_cast<unsigned int>(wanted))) return room;
   }
-  return out.growBy(static_cast<unsigned int>(needed));
+  return out.growBy(needed);
 }
 
 /// The end of a block can cut off fewer bytes than this from what they belong
@@ -61,10 +66,10 @@ const unsigned char* runInBlocks(const Loop& loop, const unsigned char* in,
   while (in < end) {
     const auto left = static_cast<std::size_t>(end - in);
     const std::size_t length = std::min(left, bytesPerBlock);
-    const std::size_t needed = mostOutput(length, outputPerTwoBytes);
-    unsigned char* room = out.roomFor(static_cast<unsigned int>(needed));
+    const auto needed = static_cast<unsigned int>(mostOutput(length, outputPerTwoBytes));
+    unsigned char* room = out.roomFor(needed);
     if (!room) {
-      const std::size_t wanted =
+      const std::uint64_t wanted =
           std::min(density.expected(left) + needed, mostOutput(left, outputPerTwoBytes));
       room = growByEither(wanted, needed, out);
       if (!room) return nullptr;

@@ -1,3 +1,7 @@
+// Whose the bytes are shows in two fields. With a capacity of 0 they are the
+// caller's and only read: the first change makes a copy. With another they are
+// storage to write to, which is freed unless it is lent.
+
 #include "quorvel/base/DataBuffer.h"
 
 #include <algorithm>
@@ -117,11 +121,16 @@ bool DataBuffer::drop_non_usascii() {
   return true;
 }
 
-// Grows by half at least, so that many small additions stay cheap; where memory
-// is too tight for that, what is needed now may still fit.
+// Grows by half, so that many small additions stay cheap. Where memory is too tight
+// for that, the largest step that fits is taken and not just what is needed now: it
+// leaves too little for another move, and so the moves before memory is used up are
+// few, too.
 bool DataBuffer::grow(unsigned int needed) {
-  const unsigned int more = std::min(m_capacity / 2, mostBytes - m_capacity);
-  return relocate(std::max({needed, m_capacity + more, smallestBlock})) || relocate(needed);
+  const unsigned int least = needed - m_capacity;
+  for (unsigned int more = m_capacity / 2; more > least; more /= 2) {
+    if (relocate(m_capacity + std::min(more, mostBytes - m_capacity))) return true;
+  }
+  return (needed < smallestBlock && relocate(smallestBlock)) || relocate(needed);
 }
 
 // Moves the content to an owned block of `capacity` bytes, which is at least

@@ -1,38 +1,25 @@
 #pragma once
 
-#include <exception>
-
+#include "quorvel/base/Export.h"
 #include "quorvel/base/LogBase.h"
 
 namespace quorvel {
 
 /// Opens a named log context and closes it at the end of the scope, whichever
 /// way the scope is left.
-class LogContextExitor {
+class QUORVEL_API LogContextExitor {
  public:
-  LogContextExitor(LogBase& log, const char* name, bool verbose) : m_log(log) {
-    m_log.openContext(name, verbose);
-  }
+  LogContextExitor(LogBase& log, const char* name, bool verbose);
 
-  // Only an exception already under way may make a sink's own one unwelcome;
-  // on an ordinary exit it passes on to the caller like any other.
-  ~LogContextExitor() noexcept(false) {
-    if (std::uncaught_exceptions() == m_uncaught) {
-      m_log.closeContext();
-      return;
-    }
-    try {
-      m_log.closeContext();
-    } catch (...) {
-    }
-  }
+  /// Passes an exception of the sink on, unless the scope is left by another one.
+  ~LogContextExitor() noexcept(false);
 
   LogContextExitor(const LogContextExitor&) = delete;
   LogContextExitor& operator=(const LogContextExitor&) = delete;
 
  private:
   LogBase& m_log;
-  int m_uncaught = std::uncaught_exceptions();
+  int m_uncaught;  // exceptions under way when the context was opened
 };
 
 }  // namespace quorvel

@@ -1,3 +1,6 @@
+// The sinks that write lines: what a line looks like is the matter of IndentedLog,
+// where it goes that of TextLog and StreamLog.
+
 #include <ostream>
 
 #include "quorvel/base/IndentedLog.h"

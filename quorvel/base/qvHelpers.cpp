@@ -7,6 +7,11 @@
 
 namespace quorvel {
 
+// Much of the library reads and writes units as the host lays them out, and every
+// byte of its results is promised for the low byte first.
+static_assert(std::endian::native == std::endian::little,
+              "Quorvel runs on little-endian hosts only");
+
 unsigned int qvStrLen(const char* text) {
   if (!text) return 0;
   const std::size_t length = std::strlen(text);

@@ -1,5 +1,8 @@
 #pragma once
 
+// What little the library asks of C strings, of the host's byte order and of the
+// allocator, with sizes of 32 bits as everywhere in its interface.
+
 #include "quorvel/base/Export.h"
 
 namespace quorvel {

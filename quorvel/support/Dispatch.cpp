@@ -61,8 +61,8 @@ bool fromIso2022(const Conversion& text) {
 
 bool toUtf7(const Conversion& text) {
   ScratchBuffer utf16;
-  const int hostOrder = qvIsLittleEndian() ? codePageUtf16le : codePageUtf16be;
-  return convertByRoute(text.into(hostOrder, utf16)) && _qvUtf::Utf16XEToUtf7(utf16, text.out);
+  return convertByRoute(text.into(codePageUtf16le, utf16)) &&
+         _qvUtf::Utf16XEToUtf7(utf16, text.out);
 }
 
 bool toUtf32(const Conversion& text) {
@@ -76,7 +76,7 @@ bool toUtf32(const Conversion& text) {
   return _qvUtf::Utf8toUtf32(isBigEndian(text.to), utf8, text.out);
 }
 
-// The routes always give the low byte first, whatever the host.
+// The routes give the low byte first.
 //
 // contract: what they gave is kept even when they failed, and the result is true:
 // only the error flag tells. Callers who want what can be had rely on it.

@@ -41,7 +41,8 @@ inline constexpr unsigned int passthroughMarkerUnit = kernel::undecidedUnit;
 inline constexpr unsigned int mostPassthroughBytes = 5;
 
 /// The longest that a marker, its count and its raw bytes can be.
-inline constexpr unsigned int mostMarkedBytes = sizeof passthroughMarker + 1 + mostPassthroughBytes;
+inline constexpr std::ptrdiff_t mostMarkedBytes =
+    sizeof passthroughMarker + 1 + mostPassthroughBytes;
 
 /// What becomes of a marker at `in`, with at least its count byte below `end`,
 /// while markers are honoured: the raw bytes that the count announces are

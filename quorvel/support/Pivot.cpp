@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 
 #include "quorvel/base/BlockRunner.hpp"
@@ -222,14 +223,14 @@ class Pivot {
   // be had, each block asks for its own. A bad beginning need not mean a bad text, so
   // the guess is worth no more than a multiple of what there is.
   void reserveForTheRest() {
-    constexpr std::size_t alwaysAllowed = 64 << 20;
-    constexpr std::size_t mostTimesWritten = 16;
+    constexpr std::uint64_t alwaysAllowed = 64 << 20;
+    constexpr std::uint64_t mostTimesWritten = 16;
     if (m_out.roomFor(3 * m_blockLength)) return;
     const std::size_t written = m_out.getSize() - m_sizeBefore;
     const Density density{static_cast<std::size_t>(m_in - m_begin), written};
     const auto left = static_cast<std::size_t>(m_end - m_in);
-    const std::size_t guess = density.expected(left) + m_blockLength;
-    const std::size_t wanted =
+    const std::uint64_t guess = density.expected(left) + m_blockLength;
+    const std::uint64_t wanted =
         m_out.getSize() + std::min(guess, std::max(alwaysAllowed, mostTimesWritten * written));
     if (wanted <= mostBytes) m_out.ensureBuffer(static_cast<unsigned int>(wanted));
   }

@@ -7,7 +7,6 @@
 #include <limits>
 
 #include "quorvel/base/InLogContext.hpp"
-#include "quorvel/base/qvHelpers.h"
 #include "quorvel/pages/CodePageNumbers.hpp"
 #include "quorvel/support/ByteOrderMark.hpp"
 #include "quorvel/support/Conversion.hpp"
@@ -61,7 +60,7 @@ Normalised normaliseUtf7(Conversion& text, DataBuffer& normalised) {
   DataBuffer lent;
   lend(text, lent);
   const bool isClean = _qvUtf::Utf7ToUtf16_xe(lent, normalised);
-  text.continueWith(qvIsLittleEndian() ? codePageUtf16le : codePageUtf16be, normalised);
+  text.continueWith(codePageUtf16le, normalised);
   return isClean ? Normalised::clean : Normalised::illFormed;
 }
 

@@ -25,11 +25,14 @@ constexpr bool canLimitMemory = false;
 constexpr bool canLimitMemory = true;
 #endif
 
+// A 32-bit program has not the addresses for a text of gigabytes.
+constexpr bool canMapGigabytes = sizeof(void*) > 4;
+
 // The thread sanitizer notes every byte that is read: minutes for gigabytes.
 #if defined(__SANITIZE_THREAD__)
 constexpr bool canReadGigabytes = false;
 #else
-constexpr bool canReadGigabytes = true;
+constexpr bool canReadGigabytes = canMapGigabytes;
 #endif
 
 /// Reserved addresses, neither readable nor writable unless asked for.
@@ -106,14 +109,14 @@ class RepeatedBytes {
     for (std::size_t at = 0; done && at < m_mapping.size(); at += block)
       done = mmap(m_mapping.data() + at, block, PROT_READ, MAP_SHARED | MAP_FIXED, descriptor, 0) !=
              MAP_FAILED;
-    std::fclose(file);
+    static_cast<void>(std::fclose(file));
     if (!done) throw std::runtime_error("RepeatedBytes");
   }
 
   unsigned char* data() const { return m_mapping.data(); }
 
  private:
-  static constexpr std::size_t block = 1u << 20;
+  static constexpr std::size_t block = 1U << 20;
 
   static bool fillBlock(int descriptor, std::string_view pattern) {
     void* address = mmap(nullptr, block, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);

@@ -308,8 +308,8 @@ class Comparison {
   /// ends where nothing can be written. What does not fit moves elsewhere.
   void lendRoom(const Case& c, DataBuffer& out) {
     constexpr unsigned int mostPerTwoBytes = 10;
-    const std::size_t room =
-        c.before.size() + mostOutput(c.input.size(), 1 + m_count % mostPerTwoBytes);
+    const auto room = static_cast<std::size_t>(
+        c.before.size() + mostOutput(c.input.size(), 1 + m_count % mostPerTwoBytes));
     if (room <= m_out.size()) out.lendStorage(m_out.room(room), static_cast<unsigned int>(room));
   }
 
