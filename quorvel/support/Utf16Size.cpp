@@ -32,7 +32,7 @@ constexpr Weights utf8Weights = [] {
 Weights weightsOf(const kernel::BytesToUnits& table) {
   Weights weights{};
   for (std::size_t byte = 0; byte < weights.size(); ++byte) {
-    weights[byte] = byte == 0 || table.units[byte] != 0;
+    weights[byte] = byte == 0 || table.units[byte] != 0 ? 1 : 0;
   }
   return weights;
 }
