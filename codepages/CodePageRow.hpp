@@ -18,13 +18,18 @@ struct TableSource {
   bool isRouted = true;                       ///< false: tables are built, but never used
 };
 
+/// Slots that serve every multibyte page: how many there are shows in memory and
+/// in the time that building takes, and in no conversion.
+constexpr int usualBuckets = 32749;
+
 constexpr TableSource noTable() { return {.isRouted = false}; }
 constexpr TableSource text(const char* packed) { return {.packed = packed}; }
 constexpr TableSource unrouted(const char* packed) { return {.packed = packed, .isRouted = false}; }
-constexpr TableSource pieces(bool (*assemble)(StringBuffer&), int buckets) {
+constexpr TableSource pieces(bool (*assemble)(StringBuffer&), int buckets = usualBuckets) {
   return {.assemble = assemble, .buckets = buckets};
 }
-constexpr TableSource amended(bool (*assemble)(StringBuffer&), const char* changes, int buckets) {
+constexpr TableSource amended(bool (*assemble)(StringBuffer&), const char* changes,
+                              int buckets = usualBuckets) {
   return {.assemble = assemble, .changes = changes, .buckets = buckets};
 }
 constexpr TableSource tableOf(int codePage) { return {.sharedWith = codePage}; }

@@ -92,7 +92,9 @@ TEST(CodePageTable, HasTheSingleBytePages) {
 }
 
 TEST(CharsetNaming, ListsThePagesInAscendingOrder) {
-  ASSERT_EQ(CharsetNaming::count(), 119u);
+  std::size_t listed = 0;
+  for (const auto& [kind, pages] : pagesByKind()) listed += pages.size();
+  ASSERT_EQ(CharsetNaming::count(), listed);
   for (unsigned int i = 1; i < CharsetNaming::count(); ++i) {
     EXPECT_LT(CharsetNaming::at(i - 1).codePage, CharsetNaming::at(i).codePage);
   }

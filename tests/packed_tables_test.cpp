@@ -6,71 +6,15 @@
 #include <utility>
 #include <vector>
 
-#include "quorvel/pages/ContentCoding.h"
 #include "quorvel/pages/PackedTables.hpp"
-#include "quorvel/pages/QuorvelBzip2.h"
 #include "quorvel/pages/SjisLastBlock.hpp"
 #include "tests/CodePageFile.h"
+#include "tests/helpers/PackedList.h"
 
 namespace {
 
 using namespace quorvel;
-
-using Bytes = std::vector<unsigned int>;
-
-Bytes bytesOf(const DataBuffer& buffer) {
-  return Bytes(buffer.getData2(), buffer.getData2() + buffer.getSize());
-}
-
-Bytes fromBase64(const std::string& text) {
-  DataBuffer out;
-  EXPECT_TRUE(
-      ContentCoding::decodeBase64ToDb(text.data(), static_cast<unsigned int>(text.size()), out));
-  return bytesOf(out);
-}
-
-// The table bytes behind a packed text.
-Bytes unpack(const std::string& text) {
-  if (text[0] == 'x') return fromBase64(text.substr(1));
-  DataBuffer block;
-  DataBuffer table;
-  EXPECT_TRUE(ContentCoding::decodeBase64ToDb(text.data() + 1,
-                                              static_cast<unsigned int>(text.size() - 1), block));
-  EXPECT_TRUE(QuorvelBzip2().unBzipWithHeader(block, table, nullptr));
-  return bytesOf(table);
-}
-
-using Record = std::pair<unsigned int, unsigned int>;  // code and UTF-16 unit
-
-struct CompleteList {
-  std::vector<Record> singles;
-  std::vector<Record> doubles;
-  std::size_t length = 0;  // where the list ended
-};
-
-unsigned int read16(const Bytes& table, std::size_t at) {
-  return table.at(at) | table.at(at + 1) << 8;
-}
-
-CompleteList readCompleteList(const Bytes& table) {
-  CompleteList list;
-  std::size_t at = 2;
-  Record sum{0, 0};
-  for (; table.at(at) != 0; at += 3) {
-    sum.first = (sum.first + table.at(at)) & 0xFF;
-    sum.second = (sum.second + read16(table, at + 1)) & 0xFFFF;
-    list.singles.push_back(sum);
-  }
-  ++at;
-  sum = {0, 0};
-  for (; read16(table, at) != 0; at += 4) {
-    sum.first = (sum.first + read16(table, at)) & 0xFFFF;
-    sum.second = (sum.second + read16(table, at + 2)) & 0xFFFF;
-    list.doubles.push_back(sum);
-  }
-  list.length = at + 2;
-  return list;
-}
+using namespace quorvel_test;
 
 std::string textOf(bool (*get)(StringBuffer&)) {
   StringBuffer text;
@@ -192,12 +136,10 @@ const std::map<std::string, SingleByteTable> singleByteTables = {
 
 #undef SINGLE_BYTE_TABLE
 
-TEST(PackedTables, HoldEverySingleByteTable) { EXPECT_EQ(96U, singleByteTables.size()); }
-
 TEST(PackedTables, HaveTheFiguresOfEachSingleByteTable) {
   for (const auto& [name, expected] : singleByteTables) {
     SCOPED_TRACE(name);
-    const Bytes table = unpack(expected.text);
+    const Numbers table = unpack(expected.text);
     EXPECT_EQ(expected.mark, static_cast<char>(table.at(0)));
     EXPECT_EQ('u', static_cast<char>(table.at(1)));
     const CompleteList list = readCompleteList(table);
@@ -217,9 +159,9 @@ TEST(PackedTables, StoreUsAsciiAndCompressEveryOtherTable) {
 }
 
 TEST(PackedTables, CompressBehindTheHeaderInBlocksOfThreeHundredThousandBytes) {
-  const Bytes block = fromBase64(std::string(_Enc_windows_1252).substr(1));
-  const Bytes header(block.begin(), block.begin() + 12);
-  EXPECT_EQ((Bytes{0xE1, 0xA7, 0x94, 0xB3, 374 & 0xFF, 374 >> 8, 0, 0, 'B', 'Z', 'h', '3'}),
+  const Numbers block = fromBase64(std::string(_Enc_windows_1252).substr(1));
+  const Numbers header(block.begin(), block.begin() + 12);
+  EXPECT_EQ((Numbers{0xE1, 0xA7, 0x94, 0xB3, 374 & 0xFF, 374 >> 8, 0, 0, 'B', 'Z', 'h', '3'}),
             header);
 }
 
@@ -282,7 +224,7 @@ TEST(PackedTables, HaveTheFiguresOfEachMultibyteTable) {
     const std::string text = textOf(expected.get);
     EXPECT_EQ(expected.textLength, text.size());
     EXPECT_EQ('c', text[0]);
-    const Bytes table = unpack(text);
+    const Numbers table = unpack(text);
     EXPECT_EQ('a', static_cast<char>(table.at(0)));
     EXPECT_EQ('u', static_cast<char>(table.at(1)));
     EXPECT_EQ(expected.tableLength, table.size());
@@ -384,8 +326,8 @@ TEST(PackedTables, SayWhatTheMappingFilesSay) {
     const CodePageFile file(codePage);
     if (file.table.empty() || file.isChange) continue;
     SCOPED_TRACE(codePage);
-    ASSERT_EQ(1U, texts.count(file.table));
-    const Bytes table = unpack(texts[file.table]);
+    ASSERT_EQ(1U, texts.count(file.table)) << "its figures are missing above";
+    const Numbers table = unpack(texts[file.table]);
     EXPECT_EQ(file.lowerHalf == "ascii" ? 'a' : 'x', static_cast<char>(table.at(0)));
     const CompleteList list = readCompleteList(table);
     EXPECT_EQ(recordsOf(file, 2), sorted(list.singles));
@@ -398,7 +340,7 @@ TEST(PackedTables, SayWhatTheMappingFilesSay) {
 // --- The changes of Mac Japanese --------------------------------------------
 
 TEST(PackedTables, HoldTheChangesOfMacJapanese) {
-  const Bytes table = unpack(_Enc_x_mac_japanese);
+  const Numbers table = unpack(_Enc_x_mac_japanese);
   ASSERT_EQ(352U, table.size());
   EXPECT_EQ('a', static_cast<char>(table[0]));
   EXPECT_EQ('d', static_cast<char>(table[1]));

@@ -7,6 +7,7 @@
 
 #include "tools/LastBlock.h"
 #include "tools/MappingFile.h"
+#include "tools/PackedExtras.h"
 #include "tools/PackedTables.h"
 #include "tools/PackedText.h"
 #include "tools/TableBytes.h"
@@ -193,6 +194,139 @@ TEST_F(Packing, RefusesChangesThatListRows) {
 TEST_F(Packing, RefusesRecordsThatRepeatACodeAtOnce) {
   EXPECT_EQ("100.txt:4: error: the packed list cannot repeat a code at once",
             complaint(head + "00A0> 20\n00A1> 20\n"));
+}
+
+// --- Facts beyond the tables ---------------------------------------------------
+
+// A page 100 with the code 80 and ASCII, and what stands beside it in extra/.
+class PackingExtras : public Packing {
+ protected:
+  PackingExtras() {
+    fs::create_directory(m_directory / "extra");
+    write("100.txt", head + row80);
+    write("extra/54936.txt", "lower-half ascii\n8140: 4E02 4E04" + blanks + "\n");
+  }
+
+  std::string complaintAbout(const std::string& name, const std::string& text) {
+    write("extra/" + name, text);
+    try {
+      pack::packExtras(m_directory);
+    } catch (const pack::InputError& error) {
+      return std::string(error.what()).substr((m_directory / "extra").string().size() + 1);
+    }
+    return "none";
+  }
+
+  std::string aboutReadOnly(const std::string& text) {
+    return complaintAbout("100.read-only.txt", text);
+  }
+  std::string aboutBestFit(const std::string& text) {
+    return complaintAbout("100.best-fit.txt", text);
+  }
+  std::string aboutWhole(const std::string& text) { return complaintAbout("54936.txt", text); }
+};
+
+TEST_F(PackingExtras, PacksReadOnlyCodesByTheirLead) {
+  EXPECT_EQ("none", aboutReadOnly("8140< 20AC ...." + blanks + "\n8FA2A0< .... 02D8" + blanks));
+  const auto lists = pack::packExtras(m_directory).readOnly;
+  ASSERT_EQ(2U, lists.size());
+  EXPECT_EQ(0U, lists[0].lead);
+  EXPECT_EQ("xeHUAQIGsIAAA", lists[0].text);
+  EXPECT_EQ(0x8FU, lists[1].lead);
+  EXPECT_EQ("xeHUAoaLYAgAA", lists[1].text);
+}
+
+TEST_F(PackingExtras, PacksBestFitsByCharacter) {
+  EXPECT_EQ("none", aboutBestFit("# A comment.\n0100> 41 61\n0300> 80\n"));
+  write("101.txt", "same-as 100\n");
+  EXPECT_EQ("none", complaintAbout("101.best-fit.txt", "same-as 100\n"));
+  const auto lists = pack::packExtras(m_directory).bestFits;
+  ASSERT_EQ(2U, lists.size());
+  ASSERT_EQ(3U, lists[0].records.size());
+  EXPECT_EQ(0x0101U, lists[0].records[1].unit);
+  EXPECT_EQ(0x61U, lists[0].records[1].code);
+  EXPECT_EQ(100, lists[1].sameAs);
+}
+
+TEST_F(PackingExtras, RefusesNamesThatTellNoPageOrKind) {
+  EXPECT_EQ("100.worst-fit.txt:1: error: the file is not named after a page and a kind",
+            complaintAbout("100.worst-fit.txt", "0100> 41\n"));
+  fs::remove(m_directory / "extra/100.worst-fit.txt");
+  EXPECT_EQ("x.best-fit.txt:1: error: the file is not named after a page and a kind",
+            complaintAbout("x.best-fit.txt", "0100> 41\n"));
+}
+
+TEST_F(PackingExtras, RefusesLinesOfOtherKinds) {
+  const std::string refusal = ":1: error: has no place in a file of this kind";
+  EXPECT_EQ("100.read-only.txt" + refusal, aboutReadOnly("0100> 41\n"));
+  EXPECT_EQ("100.read-only.txt" + refusal, aboutReadOnly("same-as 101\n"));
+  EXPECT_EQ("100.read-only.txt" + refusal, aboutReadOnly("8140: 20AC ...." + blanks));
+  fs::remove(m_directory / "extra/100.read-only.txt");
+  EXPECT_EQ("100.best-fit.txt" + refusal, aboutBestFit("8140< 20AC ...." + blanks));
+  EXPECT_EQ("100.best-fit.txt" + refusal, aboutBestFit("lower-half ascii\n"));
+}
+
+TEST_F(PackingExtras, RefusesReadOnlyCodesThatThePageHasOrThatStandTwice) {
+  write("100.txt", head + row80 + "8140: 3000 3001" + blanks + "\n");
+  EXPECT_EQ("100.read-only.txt:2: error: the page has a code of these",
+            aboutReadOnly("\n8140< 4E00 ...." + blanks));
+  EXPECT_EQ("100.read-only.txt:2: error: out of order",
+            aboutReadOnly("8150< 4E00 ...." + blanks + "\n8150< 4E01 ...." + blanks));
+  EXPECT_EQ("100.read-only.txt:1: error: lead byte out of range: 4040",
+            aboutReadOnly("4040< 4E00 ...." + blanks));
+  EXPECT_EQ("100.read-only.txt:1: error: not a code: 80", aboutReadOnly("80< 4E00 ...." + blanks));
+  EXPECT_EQ("100.read-only.txt:1: error: a row has sixteen columns", aboutReadOnly("8150< 4E00"));
+  EXPECT_EQ("100.read-only.txt:1: error: says nothing", aboutReadOnly("# Nothing.\n"));
+}
+
+TEST_F(PackingExtras, RefusesBestFitsThatNobodyNeedsOrNobodyCanRead) {
+  EXPECT_EQ("100.best-fit.txt:2: error: the page has a character of these",
+            aboutBestFit("0100> 41\n20AC> 45\n"));
+  EXPECT_EQ("100.best-fit.txt:1: error: the page lacks a code of these",
+            aboutBestFit("0100> DC\n"));
+  EXPECT_EQ("100.best-fit.txt:2: error: out of order", aboutBestFit("0101> 41\n0100> 41\n"));
+  EXPECT_EQ("100.best-fit.txt:2: error: out of order", aboutBestFit("0100> 41 41\n0101> 41\n"));
+  EXPECT_EQ("100.best-fit.txt:1: error: codes of different lengths",
+            aboutBestFit("0100> 41 8140\n"));
+  EXPECT_EQ("100.best-fit.txt:1: error: not a code: 4g", aboutBestFit("0100> 4g\n"));
+  EXPECT_EQ("100.best-fit.txt:1: error: no code", aboutBestFit("0100>\n"));
+  EXPECT_EQ("100.best-fit.txt:1: error: a surrogate: D800", aboutBestFit("D800> 41\n"));
+}
+
+TEST_F(PackingExtras, RefusesReferencesThatLeadNowhere) {
+  EXPECT_EQ("100.best-fit.txt:1: error: that page lists no best fits itself",
+            aboutBestFit("same-as 101\n"));
+  EXPECT_EQ("100.best-fit.txt:2: error: lists codes and is the same as another page",
+            aboutBestFit("same-as 101\n0100> 41\n"));
+  fs::remove(m_directory / "extra/100.best-fit.txt");
+  EXPECT_EQ("101.best-fit.txt:1: error: no such code page",
+            complaintAbout("101.best-fit.txt", "0100> 41\n"));
+}
+
+TEST_F(PackingExtras, RefusesRangesOfAnotherForm) {
+  const auto about = [this](const std::string& line) {
+    const std::string complaint = aboutWhole("lower-half ascii\n81308130..81308139: 0080\n" + line);
+    return complaint.substr(complaint.find(':') + 1);
+  };
+  EXPECT_EQ("none", about("81308230..81308230< 0080\n90308130..E3329A35: 10000\n"));
+  EXPECT_EQ("3: error: out of order", about("81308139..81308230: 0100\n"));
+  EXPECT_EQ("3: error: not a range of four-byte codes", about("81308230..8130823A: 0100\n"));
+  EXPECT_EQ("3: error: not a range of four-byte codes", about("81308231..81308230: 0100\n"));
+  EXPECT_EQ("3: error: not the first of characters", about("81308230..81308231: 100\n"));
+  EXPECT_EQ("3: error: not the first of characters", about("90308130..E3329A36: 10000\n"));
+  EXPECT_EQ("3: error: surrogates among the characters", about("81308230..81308231: D7FF\n"));
+  EXPECT_EQ("3: error: a character that already stands in line 2",
+            about("81308230..81308231: 007F\n"));
+  EXPECT_EQ("3: error: a character that already stands in line 2", about("0089> 8140\n"));
+}
+
+TEST_F(PackingExtras, RefusesAWholePageThatContradictsItself) {
+  const std::string row = "8140: 4E02 4E04" + blanks + "\n";
+  EXPECT_EQ("54936.txt:3: error: a character that already stands in line 2",
+            aboutWhole("lower-half ascii\n" + row + "8150: 4E02 ...." + blanks));
+  EXPECT_EQ("54936.txt:3: error: this code already stands in line 2",
+            aboutWhole("lower-half ascii\n" + row + "8140< 3000 ...." + blanks));
+  EXPECT_EQ("54936.txt:1: error: needs lower-half", aboutWhole(row));
 }
 
 // --- The last block ---------------------------------------------------------

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "quorvel/support/EncodingConvert.h"
+#include "tests/helpers/CodePageRows.h"
 #include "tests/helpers/Seed.h"
 #include "tests/helpers/Tables.h"
 #include "tests/reference/Differential.h"
@@ -27,17 +28,18 @@ using quorvel::reference::Settings;
 
 // --- What to convert --------------------------------------------------------------
 
-const std::vector<int> kMultiByte = {932, 936, 949, 950, 1361, 10001, 51932, 51936, 51949, 52936};
+// All numbers that the reference takes for one kind of page.
+template <typename Predicate>
+std::vector<int> numbersThat(Predicate isOfTheKind) {
+  std::vector<int> numbers;
+  for (int number = 0; number <= 0xFFFF; ++number) {
+    if (isOfTheKind(number)) numbers.push_back(number);
+  }
+  return numbers;
+}
 
-const std::vector<int> kSingleByte = {
-    37,    437,   500,   708,   720,   737,   775,   850,   852,   855,   857,   858,
-    860,   861,   862,   863,   864,   865,   866,   869,   870,   874,   875,   1026,
-    1047,  1140,  1141,  1142,  1143,  1144,  1145,  1146,  1147,  1148,  1149,  1250,
-    1251,  1252,  1253,  1254,  1255,  1256,  1257,  1258,  10000, 10004, 10005, 10006,
-    10007, 10010, 10017, 10021, 10029, 10079, 10081, 10082, 20105, 20106, 20107, 20108,
-    20127, 20261, 20269, 20273, 20277, 20278, 20280, 20284, 20285, 20290, 20297, 20420,
-    20423, 20424, 20838, 20866, 20871, 20880, 20905, 20924, 21025, 21866, 28591, 28592,
-    28593, 28594, 28595, 28596, 28597, 28598, 28599, 28603, 28605, 38598};
+const std::vector<int> kMultiByte = numbersThat(quorvel::reference::isMultiByte);
+const std::vector<int> kSingleByte = numbersThat(quorvel::reference::isSingleByte);
 
 const std::vector<int> kUnicode = {65001, 1200, 1201};
 const std::vector<int> kOtherUnicode = {12000, 12001, 65005, 65006, 65000, 55000};
@@ -318,6 +320,11 @@ void expectAgreement(unsigned int seed, int cases, Make make) {
     EXPECT_EQ(differences, "");
     if (!differences.empty()) ++failures;
   }
+}
+
+TEST(Reference, KnowsEveryPageThatIsConvertedByTable) {
+  EXPECT_EQ(kMultiByte, convertedPages(quorvel::CodePageKind::MultiByte));
+  EXPECT_EQ(kSingleByte, convertedPages(quorvel::CodePageKind::SingleByte));
 }
 
 TEST(Reference, AgreesOnConversionsBetweenAnyCodePages) {

@@ -7,9 +7,6 @@ namespace pack {
 
 namespace {
 
-constexpr std::size_t codesPerRow = 16;
-constexpr std::string_view nothing = "....";
-
 // Reads the lines one after the other and holds what they must not contradict.
 class Reader {
  public:
@@ -41,9 +38,9 @@ class Reader {
       m_hasLowerHalf = true;
       m_mapping.lowerHalfIsAscii = value == "ascii";
     } else if (word == "same-as") {
-      m_mapping.sameAs = parseReference(value);
+      m_mapping.sameAs = referenceOf(m_file, *m_line, value);
     } else if (word == "changes") {
-      m_mapping.changes = parseReference(value);
+      m_mapping.changes = referenceOf(m_file, *m_line, value);
     } else {
       fail("not understood");
     }
@@ -55,8 +52,7 @@ class Reader {
     const std::size_t codeLength = label.size() / 2;
     const unsigned int first = parseCode(label);
     if (m_mapping.changes.codePage) fail("changes are listed from Unicode");
-    if (first % codesPerRow != 0) fail("a row begins at a multiple of 10");
-    if (m_words.size() != 1 + codesPerRow) fail("a row has sixteen columns");
+    checkRow(m_file, *m_line, m_words, first);
     if (codeLength == 1 && m_mapping.lowerHalfIsAscii && first < 0x80) {
       fail("the lower half is ASCII and not listed");
     }
@@ -116,18 +112,7 @@ class Reader {
     return static_cast<unsigned int>(code);
   }
 
-  unsigned int parseUnit(std::string_view text) const {
-    const int unit = parseHex(text, 4);
-    if (unit <= 0) fail("not a character: " + std::string(text));
-    if (unit >= 0xD800 && unit <= 0xDFFF) fail("a surrogate: " + std::string(text));
-    return static_cast<unsigned int>(unit);
-  }
-
-  Reference parseReference(const std::string& text) const {
-    const int number = parseCodePage(text);
-    if (number == 0) fail("not the number of a code page: " + text);
-    return {number, m_line->number};
-  }
+  unsigned int parseUnit(std::string_view text) const { return unitOf(m_file, *m_line, text); }
 
   void checkWhole() const {
     const bool isSame = m_mapping.sameAs.codePage != 0;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tools/InputFile.h"
+#include "tools/Notation.h"
 
 namespace pack {
 
@@ -15,12 +16,6 @@ struct Record {
   unsigned int unit;
   bool isBestFit;  ///< used from Unicode only
   unsigned int line;
-};
-
-/// A code page that a file refers to, 0 for none.
-struct Reference {
-  int codePage = 0;
-  unsigned int line = 1;
 };
 
 /// What a mapping file says; its form is described in codepages/README.md.

@@ -2,31 +2,15 @@
 
 #include <algorithm>
 #include <cctype>
-#include <map>
 #include <set>
 #include <string_view>
 
-#include "tools/MappingFile.h"
 #include "tools/PackedText.h"
 #include "tools/TableBytes.h"
 
 namespace pack {
 
 namespace {
-
-using Mappings = std::map<int, MappingFile>;
-
-// Files that are not named after a code page are no mapping files.
-Mappings readMappings(const std::filesystem::path& codepages) {
-  Mappings mappings;
-  for (const auto& entry : std::filesystem::directory_iterator(codepages)) {
-    const std::filesystem::path& file = entry.path();
-    const int codePage = parseCodePage(file.stem().string());
-    if (codePage == 0 || file.extension() != ".txt") continue;
-    mappings.emplace(codePage, MappingFile(file));
-  }
-  return mappings;
-}
 
 // The page that `reference` leads to; it lists its mapping itself.
 const MappingFile& follow(const Reference& reference, const MappingFile& from,
@@ -64,6 +48,18 @@ PackedTable packTable(const MappingFile& mapping, const Mappings& mappings) {
 }
 
 }  // namespace
+
+// Files that are not named after a code page are no mapping files.
+Mappings readMappings(const std::filesystem::path& codepages) {
+  Mappings mappings;
+  for (const auto& entry : std::filesystem::directory_iterator(codepages)) {
+    const std::filesystem::path& file = entry.path();
+    const int codePage = parseCodePage(file.stem().string());
+    if (codePage == 0 || file.extension() != ".txt") continue;
+    mappings.emplace(codePage, MappingFile(file));
+  }
+  return mappings;
+}
 
 std::vector<PackedTable> packTables(const std::filesystem::path& codepages) {
   const Mappings mappings = readMappings(codepages);

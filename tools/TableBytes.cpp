@@ -33,8 +33,9 @@ std::set<unsigned int> codesOf(const Records& records, bool bestFits) {
 // The records ascend by character, except where a best fit would then decide
 // what the code that it shares decodes to.
 void sortByUnit(Records& records) {
-  std::sort(records.begin(), records.end(),
-            [](const Record& a, const Record& b) { return a.unit < b.unit; });
+  std::sort(records.begin(), records.end(), [](const Record& a, const Record& b) {
+    return a.unit != b.unit ? a.unit < b.unit : a.code < b.code;
+  });
 }
 
 // Of the one-byte records with the same code the last one decides, so a best
@@ -61,43 +62,10 @@ void orderDoubleByte(Records& records) {
 
 // A code of 0 bytes further on ends the list, so no record can repeat the code
 // before it.
-void checkDelta(unsigned int delta, const Record& record, const MappingFile& mapping) {
+void checkDelta(unsigned int delta, const Record& record, const std::filesystem::path& file) {
   if (delta == 0) {
-    throw InputError(mapping.path, record.line, "the packed list cannot repeat a code at once");
+    throw InputError(file, record.line, "the packed list cannot repeat a code at once");
   }
-}
-
-// Every record adds to the sums of those before it. Both sums may wrap.
-Bytes completeList(const MappingFile& mapping) {
-  Bytes bytes = {static_cast<unsigned char>(mapping.lowerHalfIsAscii ? 'a' : 'x'), 'u'};
-
-  Records singles = recordsOfLength(mapping.records, 1);
-  orderSingleByte(singles);
-  unsigned int code = 0;
-  unsigned int unit = 0;
-  for (const Record& record : singles) {
-    const unsigned int delta = (record.code - code) & 0xFF;
-    checkDelta(delta, record, mapping);
-    bytes.push_back(static_cast<unsigned char>(delta));
-    put16(bytes, record.unit - unit);
-    code = record.code;
-    unit = record.unit;
-  }
-  bytes.push_back(0);
-
-  Records doubles = recordsOfLength(mapping.records, 2);
-  orderDoubleByte(doubles);
-  code = unit = 0;
-  for (const Record& record : doubles) {
-    const unsigned int delta = (record.code - code) & 0xFFFF;
-    checkDelta(delta, record, mapping);
-    put16(bytes, delta);
-    put16(bytes, record.unit - unit);
-    code = record.code;
-    unit = record.unit;
-  }
-  put16(bytes, 0);
-  return bytes;
 }
 
 // Keys and codes stand here as they are. The mark for the lower half holds for
@@ -122,8 +90,44 @@ Bytes changeList(const MappingFile& mapping) {
 
 }  // namespace
 
+// Every record adds to the sums of those before it. Both sums may wrap.
+Bytes completeList(const std::filesystem::path& file, bool lowerHalfIsAscii,
+                   const std::vector<Record>& records) {
+  Bytes bytes = {static_cast<unsigned char>(lowerHalfIsAscii ? 'a' : 'x'), 'u'};
+
+  Records singles = recordsOfLength(records, 1);
+  orderSingleByte(singles);
+  unsigned int code = 0;
+  unsigned int unit = 0;
+  for (const Record& record : singles) {
+    const unsigned int delta = (record.code - code) & 0xFF;
+    checkDelta(delta, record, file);
+    bytes.push_back(static_cast<unsigned char>(delta));
+    put16(bytes, record.unit - unit);
+    code = record.code;
+    unit = record.unit;
+  }
+  bytes.push_back(0);
+
+  Records doubles = recordsOfLength(records, 2);
+  orderDoubleByte(doubles);
+  code = unit = 0;
+  for (const Record& record : doubles) {
+    const unsigned int delta = (record.code - code) & 0xFFFF;
+    checkDelta(delta, record, file);
+    put16(bytes, delta);
+    put16(bytes, record.unit - unit);
+    code = record.code;
+    unit = record.unit;
+  }
+  put16(bytes, 0);
+  return bytes;
+}
+
 Bytes tableBytes(const MappingFile& mapping) {
-  return mapping.changes.codePage ? changeList(mapping) : completeList(mapping);
+  return mapping.changes.codePage
+             ? changeList(mapping)
+             : completeList(mapping.path, mapping.lowerHalfIsAscii, mapping.records);
 }
 
 }  // namespace pack

@@ -9,4 +9,9 @@ namespace pack {
 /// list, or a list of changes where the file is one.
 Bytes tableBytes(const MappingFile& mapping);
 
+/// The bytes of the complete list of `records` of one and two bytes, which come
+/// from `file`.
+Bytes completeList(const std::filesystem::path& file, bool lowerHalfIsAscii,
+                   const std::vector<Record>& records);
+
 }  // namespace pack

@@ -25,10 +25,6 @@ std::string quoted(std::string_view text, std::string_view indent) {
   return lines;
 }
 
-std::string constant(const std::string& name, std::string_view text) {
-  return "const char " + name + "[] =" + quoted(text, "    ") + ";\n";
-}
-
 std::string declaration(const PackedTable& table) {
   const std::string what = isConstant(table) ? "extern const char " + table.name + "[]"
                                              : "bool " + table.name + "(StringBuffer& text)";
@@ -54,6 +50,10 @@ std::string function(const PackedTable& table) {
 
 }  // namespace
 
+std::string textConstant(const std::string& name, std::string_view text) {
+  return "const char " + name + "[] =" + quoted(text, "    ") + ";\n";
+}
+
 std::string tablesHeader(const std::vector<PackedTable>& tables) {
   std::string text =
       "#pragma once\n\n"
@@ -72,7 +72,7 @@ std::string tablesSource(const std::vector<PackedTable>& tables) {
       "namespace quorvel {\n";
   for (const PackedTable& table : tables) {
     text += '\n';
-    text += isConstant(table) ? constant(table.name, table.text) : function(table);
+    text += isConstant(table) ? textConstant(table.name, table.text) : function(table);
   }
   return text + "\n}  // namespace quorvel\n";
 }
@@ -80,7 +80,7 @@ std::string tablesSource(const std::vector<PackedTable>& tables) {
 std::string lastBlockSource(const std::string& text) {
   return "#include \"quorvel/pages/SjisLastBlock.hpp\"\n\n"
          "namespace quorvel {\n\n" +
-         constant("sjisLastBlockText", text) + "\n}  // namespace quorvel\n";
+         textConstant("sjisLastBlockText", text) + "\n}  // namespace quorvel\n";
 }
 
 }  // namespace pack

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace pack {
@@ -12,6 +13,9 @@ struct PackedTable {
   std::string text;
   std::string sameAs;  ///< the table of the same text that stands for it, if any
 };
+
+/// The definition of a text as a constant.
+std::string textConstant(const std::string& name, std::string_view text);
 
 /// A header that declares the tables.
 std::string tablesHeader(const std::vector<PackedTable>& tables);

@@ -14,8 +14,10 @@
 #include <string>
 
 #include "tools/Base64.h"
+#include "tools/ExtraSource.h"
 #include "tools/InputFile.h"
 #include "tools/LastBlock.h"
+#include "tools/PackedExtras.h"
 #include "tools/PackedTables.h"
 #include "tools/TableSource.h"
 
@@ -36,9 +38,14 @@ void packAll(const fs::path& codepages, const fs::path& output) {
   const pack::InputFile lastBlock(codepages / "iso2022jp-last-block.txt");
   const std::string lastBlockText = pack::encodeBase64(pack::packLastBlock(lastBlock));
   const std::vector<pack::PackedTable> tables = pack::packTables(codepages);
+  const pack::PackedExtras extras = pack::packExtras(codepages);
   writeFile(output / "quorvel/pages/PackedTables.hpp", pack::tablesHeader(tables));
   writeFile(output / "PackedTables.cpp", pack::tablesSource(tables));
   writeFile(output / "SjisLastBlock.cpp", pack::lastBlockSource(lastBlockText));
+  writeFile(output / "quorvel/pages/PackedExtras.hpp", pack::extrasHeader());
+  writeFile(output / "PackedReadOnly.cpp", pack::readOnlySource(extras));
+  writeFile(output / "PackedBestFits.cpp", pack::bestFitsSource(extras));
+  writeFile(output / "PackedGb18030.cpp", pack::gb18030Source(extras));
 }
 
 }  // namespace
