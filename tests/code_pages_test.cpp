@@ -66,7 +66,7 @@ const std::vector<CodePageModel>& models() {
   static const std::vector<CodePageModel> all = [] {
     std::vector<CodePageModel> result;
     for (int codePage : codePagesWithAFile()) {
-      if (quorvel::isRouted(codePage)) result.emplace_back(codePage);
+      if (quorvel::findCodePage(codePage).table.isRouted) result.emplace_back(codePage);
     }
     return result;
   }();
