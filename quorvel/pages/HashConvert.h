@@ -34,8 +34,8 @@ class QUORVEL_API HashConvert {
   static constexpr int lengthCodeToPair = 22;
 
   /// Adds a mapping, if `lengthCode` is one of the two above. A key that is present keeps
-  /// its first mapping. Lack of memory is reported as an error line.
-  void hcInsert(const unsigned char* key, const unsigned char* value, int lengthCode, LogBase& log);
+  /// its first mapping. False, after an error line, only when memory runs out.
+  bool hcInsert(const unsigned char* key, const unsigned char* value, int lengthCode, LogBase& log);
 
   /// The room that a look-up may need for a value.
   static constexpr unsigned int mostValueBytes = 10;
@@ -51,8 +51,9 @@ class QUORVEL_API HashConvert {
   /// Makes `dest`, created and initialised, the to-Unicode counterpart of this
   /// from-Unicode table: two-byte codes become keys, one-byte codes entries of
   /// `m_byteToUnicode`, and the lower-ASCII flag is handed over. Of units that
-  /// share a code the lowest is what the code then maps to.
-  void hcBuildReverse(HashConvert& dest, LogBase& log) const;
+  /// share a code the lowest is what the code then maps to. False only when
+  /// memory runs out; then `dest` lacks mappings.
+  bool hcBuildReverse(HashConvert& dest, LogBase& log) const;
 
   /// Calls `visit(key, value, valueLength)` for every mapping, in no particular
   /// order.

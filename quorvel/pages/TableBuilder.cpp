@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "quorvel/base/qvHelpers.h"
-#include "quorvel/pages/ContentCoding.h"
 #include "quorvel/pages/QuorvelBzip2.h"
+#include "quorvel/pages/Unpacking.hpp"
 
 namespace quorvel {
 
@@ -18,16 +18,19 @@ constexpr unsigned int mostTableBytes = 1U << 20;
 // and every section that is still to come.
 constexpr unsigned char terminators[8] = {};
 
-bool unpack(const char* packed, DataBuffer& table) {
+Unpacked unpackList(const char* packed, const DataBuffer& decoded, DataBuffer& table) {
+  if (packed[0] == 'x') return table.append(decoded) ? Unpacked::whole : Unpacked::outOfMemory;
+  if (QuorvelBzip2::announcedLength(decoded) > mostTableBytes) return Unpacked::damaged;
+  return decompressBlock(decoded, table).state;
+}
+
+Unpacked unpack(const char* packed, DataBuffer& table) {
   DataBuffer decoded;
-  if (!ContentCoding::decodeBase64ToDb(packed + 1, qvStrLen(packed + 1), decoded)) return false;
-  if (packed[0] == 'x') {
-    if (!table.append(decoded)) return false;
-  } else {
-    if (QuorvelBzip2::announcedLength(decoded) > mostTableBytes) return false;
-    QuorvelBzip2().unBzipWithHeader(decoded, table, nullptr);
-  }
-  return table.getSize() && table.append(terminators, sizeof terminators);
+  Unpacked state = unpackBase64(packed + 1, qvStrLen(packed + 1), decoded);
+  if (state == Unpacked::whole) state = unpackList(packed, decoded, table);
+  if (state != Unpacked::whole) return state;
+  if (table.getSize() == 0) return Unpacked::damaged;
+  return table.append(terminators, sizeof terminators) ? Unpacked::whole : Unpacked::outOfMemory;
 }
 
 // Reads a 16-bit number of the list, which is laid out for little-endian hosts.
@@ -53,7 +56,8 @@ KeyBytes codeBytes(unsigned int code) {
 }
 
 // Single-byte mappings: 3 bytes each, the byte code and the unit as differences
-// to the record before. Returns the position behind the section.
+// to the record before. Returns the position behind the section, null when memory
+// ran out.
 const unsigned char* readSingleBytes(const unsigned char* p, HashConvert& table, bool fromUnicode,
                                      LogBase& log) {
   unsigned char code = 0;
@@ -61,17 +65,17 @@ const unsigned char* readSingleBytes(const unsigned char* p, HashConvert& table,
   for (; *p; p += 3) {
     code = static_cast<unsigned char>(code + *p);
     unit = (unit + read16(p + 1)) & 0xFFFF;
-    if (fromUnicode) {
-      table.hcInsert(unitBytes(unit).bytes, &code, HashConvert::lengthCodeToByte, log);
-    } else {
+    if (!fromUnicode) {
       table.m_byteToUnicode[code] = static_cast<unsigned short>(unit);
+    } else if (!table.hcInsert(unitBytes(unit).bytes, &code, HashConvert::lengthCodeToByte, log)) {
+      return nullptr;
     }
   }
   return p + 1;
 }
 
 // Double-byte mappings: 4 bytes each, likewise.
-void readDoubleBytes(const unsigned char* p, HashConvert& table, bool fromUnicode, LogBase& log) {
+bool readDoubleBytes(const unsigned char* p, HashConvert& table, bool fromUnicode, LogBase& log) {
   unsigned int code = 0;
   unsigned int unit = 0;
   for (; read16(p); p += 4) {
@@ -79,45 +83,51 @@ void readDoubleBytes(const unsigned char* p, HashConvert& table, bool fromUnicod
     unit = (unit + read16(p + 2)) & 0xFFFF;
     const KeyBytes key = fromUnicode ? unitBytes(unit) : codeBytes(code);
     const KeyBytes value = fromUnicode ? codeBytes(code) : unitBytes(unit);
-    table.hcInsert(key.bytes, value.bytes, HashConvert::lengthCodeToPair, log);
+    if (!table.hcInsert(key.bytes, value.bytes, HashConvert::lengthCodeToPair, log)) return false;
   }
+  return true;
 }
 
-void replace(HashConvert& table, const unsigned char* key, const unsigned char* code,
+bool replace(HashConvert& table, const unsigned char* key, const unsigned char* code,
              int lengthCode, LogBase& log) {
   table.hcRemove(key);
-  table.hcInsert(key, code, lengthCode, log);
+  return table.hcInsert(key, code, lengthCode, log);
 }
 
 }  // namespace
 
-void buildHash(const char* packed, HashConvert& table, bool fromUnicode, LogBase& log) {
+bool buildHash(const char* packed, HashConvert& table, bool fromUnicode, LogBase& log) {
   DataBuffer unpacked;
-  if (!packed || !*packed || !unpack(packed, unpacked)) return;
+  if (!packed || !*packed) return true;
+  const Unpacked state = unpack(packed, unpacked);
+  if (state != Unpacked::whole) return state != Unpacked::outOfMemory;
   const unsigned char* bytes = unpacked.getData2();
   table.put_IsLowerAscii(bytes[0] == 'a');
-  if (bytes[1] != 'd') {
-    buildFromComplete(bytes + 2, table, fromUnicode, log);
-  } else if (fromUnicode) {
-    buildFromDiffs(bytes + 2, table, log);
-  }
   table.m_direction = fromUnicode ? 1 : 2;
+  if (bytes[1] != 'd') return buildFromComplete(bytes + 2, table, fromUnicode, log);
+  return !fromUnicode || buildFromDiffs(bytes + 2, table, log);
 }
 
-void buildFromComplete(const unsigned char* body, HashConvert& table, bool fromUnicode,
+bool buildFromComplete(const unsigned char* body, HashConvert& table, bool fromUnicode,
                        LogBase& log) {
   table.m_direction = fromUnicode ? 1 : 2;
-  readDoubleBytes(readSingleBytes(body, table, fromUnicode, log), table, fromUnicode, log);
+  const unsigned char* pairs = readSingleBytes(body, table, fromUnicode, log);
+  return pairs && readDoubleBytes(pairs, table, fromUnicode, log);
 }
 
-void buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log) {
+bool buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log) {
   table.m_hasRemovals = true;
   const unsigned char* p = body;
   for (; p[0] || p[1]; p += 2) table.hcRemove(p);
   p += 2;
-  for (; *p; p += 3) replace(table, p + 1, p, HashConvert::lengthCodeToByte, log);
+  for (; *p; p += 3) {
+    if (!replace(table, p + 1, p, HashConvert::lengthCodeToByte, log)) return false;
+  }
   ++p;
-  for (; p[0] || p[1]; p += 4) replace(table, p + 2, p, HashConvert::lengthCodeToPair, log);
+  for (; p[0] || p[1]; p += 4) {
+    if (!replace(table, p + 2, p, HashConvert::lengthCodeToPair, log)) return false;
+  }
+  return true;
 }
 
 bool buildSingleByteLookup(HashConvert& hc, UnicodeLookup& lookup, LogBase&) {

@@ -46,14 +46,11 @@ std::unique_ptr<HashConvert> buildTable(int codePage, const TableSource& source,
                                         bool fromUnicode, LogBase& log) {
   std::unique_ptr<HashConvert> table(HashConvert::createNewObject(codePage));
   if (!table || !table->hcInitialize(buckets)) return nullptr;
-  if (source.packed) {
-    buildHash(source.packed, *table, fromUnicode, log);
-    return table;
-  }
   StringBuffer text;
-  if (!source.assemble(text)) return nullptr;
-  buildHash(text.getString(), *table, fromUnicode, log);
-  if (source.changes) buildHash(source.changes, *table, fromUnicode, log);
+  if (!source.packed && !source.assemble(text)) return nullptr;
+  const char* packed = source.packed ? source.packed : text.getString();
+  if (!buildHash(packed, *table, fromUnicode, log)) return nullptr;
+  if (source.changes && !buildHash(source.changes, *table, fromUnicode, log)) return nullptr;
   return table;
 }
 
@@ -92,7 +89,7 @@ std::unique_ptr<HashConvert> reverseOf(int codePage, const CodePage& owner, LogB
   if (!ensureFromUnicode(codePage, log)) return nullptr;
   std::unique_ptr<HashConvert> table(HashConvert::createNewObject(codePage));
   if (!table || !table->hcInitialize(owner.table.buckets)) return nullptr;
-  fromUnicode(codePage)->hash->hcBuildReverse(*table, log);
+  if (!fromUnicode(codePage)->hash->hcBuildReverse(*table, log)) return nullptr;
   return table;
 }
 

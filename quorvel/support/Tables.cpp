@@ -44,18 +44,18 @@ void EncodingConvert::cleanupMemory() {
   tableRegistry::release();
 }
 
-void EncodingConvert::buildHash(const char* packed, HashConvert& table, bool fromUnicode,
+bool EncodingConvert::buildHash(const char* packed, HashConvert& table, bool fromUnicode,
                                 LogBase& log) {
-  quorvel::buildHash(packed, table, fromUnicode, log);
+  return quorvel::buildHash(packed, table, fromUnicode, log);
 }
 
-void EncodingConvert::buildFromComplete(const unsigned char* body, HashConvert& table,
+bool EncodingConvert::buildFromComplete(const unsigned char* body, HashConvert& table,
                                         bool fromUnicode, LogBase& log) {
-  quorvel::buildFromComplete(body, table, fromUnicode, log);
+  return quorvel::buildFromComplete(body, table, fromUnicode, log);
 }
 
-void EncodingConvert::buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log) {
-  quorvel::buildFromDiffs(body, table, log);
+bool EncodingConvert::buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log) {
+  return quorvel::buildFromDiffs(body, table, log);
 }
 
 bool EncodingConvert::buildSingleByteLookup(HashConvert& hc, UnicodeLookup& lookup, LogBase& log) {
