@@ -1,3 +1,6 @@
+// Base64, in which packed tables are kept. The decoder fills a block whose length
+// it knows beforehand and gives it up when it meets anything that is not base64.
+
 #include "quorvel/pages/ContentCoding.h"
 
 #include "quorvel/base/qvHelpers.h"

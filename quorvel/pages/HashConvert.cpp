@@ -1,3 +1,9 @@
+// A hash of one slot for each place and no chains: the first key to come to a
+// place takes the slot, which readers probe by themselves, and all others go into
+// a map beside it. For example, with 3 slots, 01 00 takes slot 1, and 04 00 goes
+// into the map, where it stays when 01 00 is removed: from then on an empty slot
+// does not say that a key is absent, and `m_hasRemovals` does.
+
 #include "quorvel/pages/HashConvert.h"
 
 #include <algorithm>

@@ -11,9 +11,10 @@ namespace quorvel {
 /// A table from a two-byte key to a value of one or two bytes: one code page in
 /// one direction.
 ///
-/// Readers probe the primary slots themselves and call `hcLookup` only where a
-/// probe does not decide, so the members below are a contract. Fill a table in
-/// one thread, then read it from any number. Nothing here throws.
+/// contract: readers probe the primary slots themselves and call `hcLookup` only
+/// where a probe does not decide, so the names and the layout of the members below
+/// stay. Fill a table in one thread, then read it from any number. Nothing here
+/// throws.
 class QUORVEL_API HashConvert {
  public:
   /// A new, empty table for `codePage`, or null when memory cannot be had. The
@@ -43,6 +44,9 @@ class QUORVEL_API HashConvert {
   /// Looks a two-byte key up wherever it may be stored. On a hit the value is
   /// copied to `out` (room for `mostValueBytes`) and `outLen` becomes its length; on a
   /// miss neither is touched.
+  ///
+  /// contract: a table that overrides this may give a negative length; what is
+  /// converted with it passes over such a key without a word.
   virtual void hcLookup(const unsigned char* key, unsigned char* out, int& outLen) const;
 
   /// Removes the mapping of a key, if it has one.

@@ -1,3 +1,7 @@
+// Decompression of packed tables by libbz2, which is trusted with the bytes but not
+// with their length: room grows with what the stream gives and never beyond one
+// byte more than the header announces.
+
 #include "quorvel/pages/QuorvelBzip2.h"
 
 #include <bzlib.h>

@@ -6,9 +6,9 @@
 
 namespace quorvel {
 
-// Unpacks the packed text of a code page into a table. The text is a flag
-// ("x" stored, anything else compressed) and base64; the bytes behind it are a
-// lower-ASCII mark, a mark for a list of changes, and the list.
+// Fills the tables that callers build, `HashConvert` and `UnicodeLookup`, from
+// packed text (PackedList.hpp). The tables of the registry are not made of these
+// but laid flat at once (FlatTables.hpp).
 
 /// Fills `table` from packed text. Text that cannot be unpacked leaves the table
 /// as it was. False only when memory runs out; then `table` may lack mappings.

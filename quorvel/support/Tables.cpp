@@ -5,7 +5,6 @@
 #include "quorvel/pages/TableBuilder.hpp"
 #include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/unicode/Japanese.h"
 
 namespace quorvel {
 
@@ -39,10 +38,7 @@ bool EncodingConvert::ensureHashFromUnicode2(int codePage, LogBase& log) {
   return isInFirstHalf(codePage) || tableRegistry::ensureFromUnicode(codePage, log);
 }
 
-void EncodingConvert::cleanupMemory() {
-  Japanese::releaseLastBlock();
-  tableRegistry::release();
-}
+void EncodingConvert::cleanupMemory() { tableRegistry::release(); }
 
 bool EncodingConvert::buildHash(const char* packed, HashConvert& table, bool fromUnicode,
                                 LogBase& log) {
