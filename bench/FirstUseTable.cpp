@@ -25,7 +25,7 @@ namespace quorvel::bench {
 namespace {
 
 constexpr double mostMilliseconds = 15;
-constexpr double mostMebibytes = 24;
+constexpr double mostMebibytes = 8;
 constexpr int numTries = 3;
 constexpr std::size_t numShown = 10;
 

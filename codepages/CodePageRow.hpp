@@ -12,25 +12,17 @@ struct TableSource {
   const char* packed = nullptr;               ///< the packed text of a single-byte page
   bool (*assemble)(StringBuffer&) = nullptr;  ///< or what assembles that of a multibyte page
   const char* changes = nullptr;              ///< a list of changes on top of it
-  int buckets = 0;                            ///< slots of a multibyte page's tables
   int sharedWith = 0;                         ///< or the page whose tables this one uses
   int wrapped = 0;                            ///< the page that an ISO-2022 encoding stands on
   bool isRouted = true;                       ///< false: tables are built, but never used
 };
 
-/// Slots that serve every multibyte page: how many there are shows in memory and
-/// in the time that building takes, and in no conversion.
-constexpr int usualBuckets = 32749;
-
 constexpr TableSource noTable() { return {.isRouted = false}; }
-constexpr TableSource text(const char* packed) { return {.packed = packed}; }
-constexpr TableSource unrouted(const char* packed) { return {.packed = packed, .isRouted = false}; }
-constexpr TableSource pieces(bool (*assemble)(StringBuffer&), int buckets = usualBuckets) {
-  return {.assemble = assemble, .buckets = buckets};
-}
-constexpr TableSource amended(bool (*assemble)(StringBuffer&), const char* changes,
-                              int buckets = usualBuckets) {
-  return {.assemble = assemble, .changes = changes, .buckets = buckets};
+constexpr TableSource packed(const char* text) { return {.packed = text}; }
+constexpr TableSource unrouted(const char* text) { return {.packed = text, .isRouted = false}; }
+constexpr TableSource pieces(bool (*assemble)(StringBuffer&)) { return {.assemble = assemble}; }
+constexpr TableSource amended(bool (*assemble)(StringBuffer&), const char* changes) {
+  return {.assemble = assemble, .changes = changes};
 }
 constexpr TableSource tableOf(int codePage) { return {.sharedWith = codePage}; }
 constexpr TableSource wraps(int codePage) { return {.wrapped = codePage, .isRouted = false}; }

@@ -2,7 +2,7 @@
 #include <malloc.h>
 
 #include <map>
-#include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,20 +19,8 @@ namespace {
 using namespace quorvel_test;
 using quorvel::EncodingConvert;
 using quorvel::FromUnicodeTable;
-using quorvel::HashConvert;
 using quorvel::ToUnicodeTable;
 namespace registry = quorvel::tableRegistry;
-
-/// The slots of the multibyte pages' tables; any that is missing has the usual
-/// number of them.
-const std::map<int, unsigned int> kBuckets = {{932, 25183},   {936, 46811},   {949, 32749},
-                                              {950, 38459},   {1361, 32749},  {10001, 23021},
-                                              {51932, 25873}, {51936, 38459}, {51949, 32749}};
-
-unsigned int bucketsOf(int codePage) {
-  const auto found = kBuckets.find(codePage);
-  return found == kBuckets.end() ? quorvel::usualBuckets : found->second;
-}
 
 /// All pages that have tables of their own.
 std::vector<int> pagesWithTables() {
@@ -82,20 +70,13 @@ TEST_F(TableRegistry, BuildsEveryPageOnDemandInEitherDirection) {
 
     const FromUnicodeTable* from = registry::fromUnicode(codePage);
     const ToUnicodeTable* to = registry::toUnicode(codePage);
-    ASSERT_TRUE(from && from->hash && to);
-    EXPECT_EQ(from->hash->m_direction, 1);
-    EXPECT_EQ(from->hash->codePage(), codePage);
-    if (!isMultiByte(codePage)) {
-      EXPECT_EQ(from->hash->m_numBuckets, 269U);
-      EXPECT_TRUE(to->lookup && !to->hash);
-    } else {
-      EXPECT_EQ(from->hash->m_numBuckets, bucketsOf(codePage));
-      ASSERT_TRUE(to->hash && !to->lookup);
-      EXPECT_EQ(to->hash->m_numBuckets, bucketsOf(codePage));
-      EXPECT_EQ(to->hash->m_direction, 2);
-      EXPECT_EQ(to->hash->codePage(), codePage);
-    }
-    EXPECT_EQ(from->hash->m_hasRemovals, codePage == 10001) << "only that page has changes";
+    ASSERT_TRUE(from && to);
+    const bool hasPairs = isMultiByte(codePage);
+    const bool takesDigits = codePage == 1256 || codePage == 28596;
+    EXPECT_EQ(to->kind, hasPairs ? ToUnicodeTable::Kind::pairs : ToUnicodeTable::Kind::bytes);
+    EXPECT_EQ(from->kind, hasPairs      ? FromUnicodeTable::Kind::pairs
+                          : takesDigits ? FromUnicodeTable::Kind::bytesAndDigits
+                                        : FromUnicodeTable::Kind::bytes);
   }
 }
 
@@ -168,8 +149,6 @@ TEST_F(TableRegistry, Shares936With52936WhicheverComesFirst) {
     EXPECT_TRUE(ensureFromUnicode(second));
     EXPECT_EQ(registry::toUnicode(second), to);
     EXPECT_EQ(registry::fromUnicode(second), from);
-    EXPECT_EQ(to->hash->codePage(), first) << "tagged by the page that it was built for";
-    EXPECT_EQ(from->hash->codePage(), first);
     EXPECT_EQ(decode(first, "B0 A1 80"), decode(second, "B0 A1 80"));
     EXPECT_EQ(encode(first, "4A 55 AC 20"), encode(second, "4A 55 AC 20"));
   }
@@ -190,7 +169,8 @@ TEST_F(TableRegistry, UsesTheEncodingTableOf10001ThatIsThere) {
   EXPECT_TRUE(ensureToUnicode(10001));
   EXPECT_EQ(registry::fromUnicode(10001), from);
   ASSERT_NE(registry::toUnicode(10001), nullptr);
-  EXPECT_TRUE(registry::toUnicode(10001)->hash->get_IsLowerAscii());
+  EXPECT_TRUE(
+      static_cast<const quorvel::PairsToUnicode&>(*registry::toUnicode(10001)).flat.isLowerAscii);
   EXPECT_EQ(decode(10001, "41 A0 FD FE 85 40 82 A0"),
             converts("41 00 A0 00 A9 00 22 21 60 24 42 30"));
   EXPECT_EQ(registry::fromUnicode(932), nullptr) << "the page that it amends is not needed";
@@ -254,6 +234,45 @@ TEST_F(TableRegistry, ReleasesTheLastBlockOfIso2022JpToo) {
   EXPECT_EQ(hex(quorvel::Japanese::GetSjisFrom2022_LastBlock(), 752), content);
 }
 
+std::size_t bytesInUse() {
+  const struct mallinfo2 info = mallinfo2();
+  return info.uordblks + info.hblkhd;
+}
+
+TEST_F(TableRegistry, KeepsNoMoreThan8MebibytesForAllPages) {
+  EXPECT_LT(registry::size(), 100'000U) << "only the two pages that stay";
+  const std::size_t before = registry::size();
+  const std::size_t inUse = bytesInUse();
+  for (const int codePage : pagesWithTables()) {
+    ensureToUnicode(codePage);
+    ensureFromUnicode(codePage);
+  }
+  const std::size_t size = registry::size();
+  EXPECT_LE(size, std::size_t{8} << 20);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  // What the tables say of themselves is what was allocated for them.
+  EXPECT_NEAR(static_cast<double>(bytesInUse() - inUse), static_cast<double>(size - before),
+              0.02 * static_cast<double>(size));
+#endif
+  EncodingConvert::cleanupMemory();
+  EXPECT_LT(registry::size(), 100'000U);
+}
+
+// Each table holds an entry for each unit or pair that it could have, but those of
+// single bytes from Unicode end at the last unit.
+TEST_F(TableRegistry, KeepsOfAPageWhatItsConversionsRead) {
+  const auto sizeOfTables = [](int codePage) {
+    ensureToUnicode(codePage);
+    ensureFromUnicode(codePage);
+    return std::pair(registry::toUnicode(codePage)->size(),
+                     registry::fromUnicode(codePage)->size());
+  };
+  EXPECT_LT(sizeOfTables(932).first, 133'000U);
+  EXPECT_LT(sizeOfTables(950).second, 132'000U);
+  EXPECT_LT(sizeOfTables(1252).first, 1'100U);
+  EXPECT_LT(sizeOfTables(1252).second, 0x2123U + 100U) << "the trade mark sign is the last";
+}
+
 TEST_F(TableRegistry, GivesAllMemoryBack) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "the sanitizers have allocators of their own";
@@ -265,8 +284,7 @@ TEST_F(TableRegistry, GivesAllMemoryBack) {
     }
     quorvel::Japanese::GetSjisFrom2022_LastBlock();
     EncodingConvert::cleanupMemory();
-    const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
+    return bytesInUse();
   };
   inUseAfterARound();
   const std::size_t before = inUseAfterARound();

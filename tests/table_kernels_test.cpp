@@ -3,17 +3,18 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "quorvel/base/NullLog.h"
 #include "quorvel/kernel/Target.hpp"
 #include "quorvel/pages/ArabicDigits.hpp"
 #include "quorvel/pages/CodePages.hpp"
-#include "quorvel/pages/TableIndex.hpp"
 #include "quorvel/pages/TableLoops.hpp"
 #include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
 #include "tests/helpers/Kernels.h"
+#include "tests/helpers/PageTables.h"
 #include "tests/helpers/Seed.h"
 #include "tests/helpers/Tables.h"
 
@@ -161,31 +162,34 @@ class Runner {
 // Tables with what the loops read instead of them.
 
 struct Decoded {
-  explicit Decoded(const HashConvert& of) : table(of), index(pairsToUnitsOf(of)) {}
+  explicit Decoded(const HashConvert& of) : table(of), made(quorvel_test::flatToUnicode(of)) {}
+  Decoded(const HashConvert& of, const PairsToUnicode& published) : table(of), flat(&published) {}
 
   const HashConvert& table;
-  std::unique_ptr<kernel::PairsToUnits> index;
+  std::unique_ptr<PairsToUnicode> made;
+  const PairsToUnicode* flat = made.get();
 };
 
 struct DecodedBytes {
-  explicit DecodedBytes(const UnicodeLookup& of) : lookup(of), index(bytesToUnitsOf(of)) {}
+  explicit DecodedBytes(const UnicodeLookup& of) : lookup(of), made(quorvel_test::flatOf(of)) {}
+  DecodedBytes(const UnicodeLookup& of, const BytesToUnicode& published)
+      : lookup(of), flat(&published) {}
 
   const UnicodeLookup& lookup;
-  std::unique_ptr<kernel::BytesToUnits> index;
+  std::unique_ptr<BytesToUnicode> made;
+  const BytesToUnicode* flat = made.get();
 };
 
 struct Encoded {
-  explicit Encoded(const HashConvert& of) : table(of) {
-    table.forEachMapping([&](const unsigned char*, const unsigned char*, int length) {
-      isSingleByte = isSingleByte && length == 1;
-    });
-    isSingleByte ? void(bytes = unitsToBytesOf(of)) : void(pairs = unitsToPairsOf(of));
-  }
+  Encoded(const HashConvert& of, std::unique_ptr<FromUnicodeTable> laidFlat)
+      : table(of), made(std::move(laidFlat)), flat(made.get()) {}
+  Encoded(const HashConvert& of, const FromUnicodeTable& published) : table(of), flat(&published) {}
+
+  bool isSingleByte() const { return flat->kind != FromUnicodeTable::Kind::pairs; }
 
   const HashConvert& table;
-  bool isSingleByte = true;
-  std::unique_ptr<kernel::UnitsToBytes> bytes;
-  std::unique_ptr<kernel::UnitsToPairs> pairs;
+  std::unique_ptr<FromUnicodeTable> made;
+  const FromUnicodeTable* flat;
 };
 
 class TableKernels : public testing::TestWithParam<Target> {
@@ -199,7 +203,9 @@ class TableKernels : public testing::TestWithParam<Target> {
   // Each of these also looks at what follows a stop.
 
   void decodePairs(const Decoded& decoded, std::string_view text, std::size_t stop) const {
-    const auto run = [&](auto... where) { return loops().pairsToUnits(*decoded.index, where...); };
+    const auto run = [&](auto... where) {
+      return loops().pairsToUnits(decoded.flat->flat, where...);
+    };
     while (true) {
       const Moved expected = decodedByProbes(decoded.table, text, stop);
       ASSERT_TRUE(m_runner.agrees(run, text, stop, 2 * stop, expected));
@@ -210,11 +216,14 @@ class TableKernels : public testing::TestWithParam<Target> {
   }
 
   void encode(const Encoded& encoded, std::string_view text) const {
-    const bool isSingleByte = encoded.isSingleByte;
+    const bool isSingleByte = encoded.isSingleByte();
     const auto run = [&](const unsigned char* in, const unsigned char*, const unsigned char* end,
                          unsigned char* out) {
-      return isSingleByte ? loops().unitsToBytes(*encoded.bytes, in, end, out)
-                          : loops().unitsToPairs(*encoded.pairs, in, end, out);
+      const FromUnicodeTable& flat = *encoded.flat;
+      return isSingleByte
+                 ? loops().unitsToBytes(static_cast<const UnicodeToBytes&>(flat).flat, in, end, out)
+                 : loops().unitsToPairs(static_cast<const UnicodeToPairs&>(flat).flat, in, end,
+                                        out);
     };
     while (true) {
       const Moved expected = encodedByProbes(encoded.table, text);
@@ -229,7 +238,7 @@ class TableKernels : public testing::TestWithParam<Target> {
   void decodeBytes(const DecodedBytes& decoded, std::string_view text) const {
     const auto run = [&](const unsigned char* in, const unsigned char*, const unsigned char* end,
                          unsigned char* out) {
-      return loops().bytesToUnits(*decoded.index, in, end, out);
+      return loops().bytesToUnits(decoded.flat->flat, in, end, out);
     };
     while (true) {
       const Moved expected = decodedByLookup(decoded.lookup, text);
@@ -246,7 +255,8 @@ class TableKernels : public testing::TestWithParam<Target> {
 INSTANTIATE_TEST_SUITE_P(EachTarget, TableKernels, testing::ValuesIn(kernel::allTargets),
                          test_kernels::targetName);
 
-// Calls `test(to-Unicode table, from-Unicode table)` for every page that has them.
+// Calls `test(page, to-Unicode table, from-Unicode table)` for every page that has
+// them.
 template <typename Test>
 void forEachPage(const Test& test) {
   NullLog log;
@@ -256,22 +266,25 @@ void forEachPage(const Test& test) {
     SCOPED_TRACE(page.number);
     EncodingConvert::ensureHashToUnicode(page.number, log);
     EncodingConvert::ensureHashFromUnicode(page.number, log);
-    test(*tableRegistry::toUnicode(page.number), *tableRegistry::fromUnicode(page.number));
+    test(page.number, *tableRegistry::toUnicode(page.number),
+         *tableRegistry::fromUnicode(page.number));
     if (testing::Test::HasFatalFailure()) return;
   }
 }
 
 template <typename Test>
 void forEachMultiBytePage(const Test& test) {
-  forEachPage([&](const ToUnicodeTable& table, const FromUnicodeTable&) {
-    if (table.hash) test(Decoded(*table.hash));
+  forEachPage([&](int page, const ToUnicodeTable& table, const FromUnicodeTable&) {
+    if (table.kind != ToUnicodeTable::Kind::pairs) return;
+    test(Decoded(quorvel_test::pageTable(page, false), static_cast<const PairsToUnicode&>(table)));
   });
 }
 
 template <typename Test>
 void forEachSingleBytePage(const Test& test) {
-  forEachPage([&](const ToUnicodeTable& table, const FromUnicodeTable&) {
-    if (table.lookup) test(DecodedBytes(*table.lookup));
+  forEachPage([&](int page, const ToUnicodeTable& table, const FromUnicodeTable&) {
+    if (table.kind != ToUnicodeTable::Kind::bytes) return;
+    test(DecodedBytes(quorvel_test::pageLookup(page), static_cast<const BytesToUnicode&>(table)));
   });
 }
 
@@ -315,8 +328,8 @@ TEST_P(TableKernels, DecodeTextOfEachSingleBytePageAsItsTableSays) {
 
 TEST_P(TableKernels, EncodeTextOfEachPageAsItsTableSays) {
   Random random(2);
-  forEachPage([&](const ToUnicodeTable&, const FromUnicodeTable& table) {
-    const Encoded encoded(*table.hash);
+  forEachPage([&](int page, const ToUnicodeTable&, const FromUnicodeTable& table) {
+    const Encoded encoded(quorvel_test::pageTable(page, true), table);
     const Pieces units = keysOf(encoded.table);
     forEachKindOfText([&](std::size_t length, unsigned int strays) {
       encode(encoded, textOf(units, 2, strays, length, random));
@@ -361,9 +374,9 @@ TEST_P(TableKernels, TellEveryUnitOfEachPage) {
   }
   // A stop costs the rest of a piece, so that pieces are short.
   constexpr std::size_t piece = 128;
-  forEachPage([&](const ToUnicodeTable&, const FromUnicodeTable& table) {
-    const Encoded encoded(*table.hash);
-    const std::size_t step = encoded.isSingleByte ? 7 * piece : piece;
+  forEachPage([&](int page, const ToUnicodeTable&, const FromUnicodeTable& table) {
+    const Encoded encoded(quorvel_test::pageTable(page, true), table);
+    const std::size_t step = encoded.isSingleByte() ? 7 * piece : piece;
     for (std::size_t at = 0; at < units.size(); at += step) {
       encode(encoded, std::string_view(units).substr(at, piece));
       if (HasFatalFailure()) return;
@@ -409,7 +422,9 @@ TEST_P(TableKernels, KnowLeadsBelow80WhereAsciiIsInTheTable) {
 TEST_P(TableKernels, StopAtOnceWhenNothingIsMapped) {
   const auto table = quorvel_test::emptyTable(1);
   decodePairs(Decoded(*table), std::string(100, '\x81'), 100);
-  encode(Encoded(*table), std::string(200, 'a'));
+  const auto codes = quorvel_test::unitCodesOf(*table);
+  encode(Encoded(*table, unicodeToPairsOf(*codes)), std::string(200, 'a'));
+  encode(Encoded(*table, unicodeToBytesOf(nullptr)), std::string(200, 'a'));
   const std::unique_ptr<UnicodeLookup> lookup(UnicodeLookup::createNewObject());
   decodeBytes(DecodedBytes(*lookup), std::string(100, 'a'));
 }
@@ -422,7 +437,7 @@ TEST_P(TableKernels, TakeTheByte00ForU0000) {
   std::string text(100, 'a');
   text[40] = '\0';
   decodeBytes(DecodedBytes(*lookup), text);
-  EXPECT_EQ(bytesToUnitsOf(*lookup)->units[0], 0);
+  EXPECT_EQ(quorvel_test::flatOf(*lookup)->flat.units[0], 0);
 }
 
 }  // namespace

@@ -53,9 +53,11 @@ struct UnitsToPairs {
   unsigned short codes[unitCount];
 };
 
-/// As `UnitsToPairs` where every code is one byte.
+/// As `UnitsToPairs` where every code is one byte. What such a page maps ends early,
+/// so the codes do too: one for each unit below `count`, of which there is U+0000.
 struct UnitsToBytes {
-  unsigned char codes[unitCount];
+  const unsigned char* codes;
+  unsigned int count;
 };
 
 /// One direction each; to and from UTF-16LE.

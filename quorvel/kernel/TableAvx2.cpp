@@ -205,17 +205,51 @@ inline __m128i codesOfUnits(const unsigned char* codes, const unsigned char* in)
   return _mm_insert_epi8(bytes, entryOf<3>(codes, fourth), 15);
 }
 
+// Whether none of the units in `length` bytes at `p`, a number of whole vectors, is
+// above `last`: all that is looked up is then in the table.
+template <std::ptrdiff_t length>
+inline bool areWithin(const unsigned char* p, __m256i last) {
+  __m256i highest = load(p);
+  for (std::ptrdiff_t i = 32; i < length; i += 32) highest = _mm256_max_epu16(highest, load(p + i));
+  const __m256i above = _mm256_subs_epu16(highest, last);
+  return _mm256_testz_si256(above, above) != 0;
+}
+
+// Sixteen units that are in the table; false when one has no code.
+inline bool encodeBlock(const unsigned char* codes, const unsigned char* in, unsigned char* out) {
+  const __m128i bytes = codesOfUnits(codes, in);
+  if (_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())) != 0) return false;
+  store(bytes, out);
+  return true;
+}
+
+// Whether units are in the table is asked of 64 at once: a question for each
+// sixteen takes a tenth of the time of the loop.
+inline Progress encodeBlocks(const UnitsToBytes& table, const unsigned char* in,
+                             const unsigned char* end, unsigned char* out) {
+  constexpr std::ptrdiff_t atOnce = 128;
+  const __m256i last = _mm256_set1_epi16(static_cast<short>(table.count - 1));
+  const unsigned char* const codes = table.codes;
+  while (end - in >= atOnce && areWithin<atOnce>(in, last)) {
+    for (const unsigned char* const stop = in + atOnce; in != stop; in += 32, out += 16) {
+      if (!encodeBlock(codes, in, out)) return {in, out};
+    }
+  }
+  while (end - in >= 32 && areWithin<32>(in, last) && encodeBlock(codes, in, out)) {
+    in += 32;
+    out += 16;
+  }
+  return {in, out};
+}
+
 Progress unitsToBytes(const UnitsToBytes& table, const unsigned char* in, const unsigned char* end,
                       unsigned char* out) {
   while (end - in >= 32) {
-    const __m128i bytes = codesOfUnits(table.codes, in);
-    if (_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())) == 0) {
-      store(bytes, out);
-      in += 32;
-      out += 16;
-      continue;
-    }
-    const Progress progress = scalar::table.unitsToBytes(table, in, in + 32, out);
+    Progress progress = encodeBlocks(table, in, end, out);
+    in = progress.in;
+    out = progress.out;
+    if (end - in < 32) break;
+    progress = scalar::table.unitsToBytes(table, in, in + 32, out);
     if (progress.in != in + 32) return progress;
     in = progress.in;
     out = progress.out;

@@ -73,9 +73,13 @@ Progress pairsToUnits(const PairsToUnits& table, const unsigned char* in, const 
 
 Progress unitsToBytes(const UnitsToBytes& table, const unsigned char* in, const unsigned char* end,
                       unsigned char* out) {
+  // What is written could be what the table says of itself.
+  const unsigned char* const codes = table.codes;
+  const unsigned int count = table.count;
   for (; end - in >= 2; in += 2) {
     const unsigned int unit = unitAt(in);
-    const unsigned char code = table.codes[unit];
+    if (unit >= count) break;
+    const unsigned char code = codes[unit];
     if (code == 0 && unit != 0) break;
     *out++ = code;
   }

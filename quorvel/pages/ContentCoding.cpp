@@ -1,7 +1,11 @@
+// Base64, in which packed tables are kept. The decoder fills a block whose length
+// it knows beforehand and gives it up when it meets anything that is not base64.
+
 #include "quorvel/pages/ContentCoding.h"
 
 #include "quorvel/base/qvHelpers.h"
 #include "quorvel/kernel/Base64Digits.hpp"
+#include "quorvel/pages/Unpacking.hpp"
 
 namespace quorvel {
 
@@ -39,15 +43,20 @@ bool decode(const unsigned char* text, unsigned int len, unsigned char* out) {
 
 }  // namespace
 
-bool ContentCoding::decodeBase64ToDb(const char* text, unsigned int len, DataBuffer& out) {
-  if (len == 0) return true;
-  if (!text || len % 4) return false;
+Unpacked unpackBase64(const char* text, unsigned int len, DataBuffer& out) {
+  if (len == 0) return Unpacked::whole;
+  if (!text || len % 4) return Unpacked::damaged;
   const auto* bytes = reinterpret_cast<const unsigned char*>(text);
   const unsigned int length = decodedLength(bytes, len);
   unsigned char* room = out.growBy(length);
-  if (!room || !decode(bytes, len, room)) return false;
+  if (!room) return Unpacked::outOfMemory;
+  if (!decode(bytes, len, room)) return Unpacked::damaged;
   out.keepWritten(length);
-  return true;
+  return Unpacked::whole;
+}
+
+bool ContentCoding::decodeBase64ToDb(const char* text, unsigned int len, DataBuffer& out) {
+  return unpackBase64(text, len, out) == Unpacked::whole;
 }
 
 unsigned char* ContentCoding::decodeBase64(const char* text, unsigned int len,

@@ -1,3 +1,9 @@
+// A hash of one slot for each place and no chains: the first key to come to a
+// place takes the slot, which readers probe by themselves, and all others go into
+// a map beside it. For example, with 3 slots, 01 00 takes slot 1, and 04 00 goes
+// into the map, where it stays when 01 00 is removed: from then on an empty slot
+// does not say that a key is absent, and `m_hasRemovals` does.
+
 #include "quorvel/pages/HashConvert.h"
 
 #include <algorithm>
@@ -36,10 +42,10 @@ bool HashConvert::hcInitialize(int numBuckets) {
   return true;
 }
 
-void HashConvert::hcInsert(const unsigned char* key, const unsigned char* value, int lengthCode,
+bool HashConvert::hcInsert(const unsigned char* key, const unsigned char* value, int lengthCode,
                            LogBase& log) {
-  if (!m_storage || (lengthCode != lengthCodeToByte && lengthCode != lengthCodeToPair)) return;
-  if (isPresent(key)) return;
+  if (!m_storage || (lengthCode != lengthCodeToByte && lengthCode != lengthCodeToPair)) return true;
+  if (isPresent(key)) return true;
   const bool isSingleByte = lengthCode == lengthCodeToByte;
   const unsigned char secondByte = isSingleByte ? 0 : value[1];
   auto* slot = const_cast<unsigned char*>(slotOf(key));
@@ -48,16 +54,17 @@ void HashConvert::hcInsert(const unsigned char* key, const unsigned char* value,
     const unsigned char filled[slotLength] = {key[0], key[1], value[0], secondByte,
                                               static_cast<unsigned char>(isSingleByte)};
     std::copy(std::begin(filled), std::end(filled), slot);
-    return;
+    return true;
   }
   try {
     m_overflow.try_emplace(numberOf(key), Entry{{value[0], secondByte}, isSingleByte});
   } catch (const std::exception&) {
     log.logError("Out of memory for a mapping.");
-    return;
+    return false;
   }
   // No slot may hold this key, so an empty one says nothing about it.
   if (isZeroKey) m_hasRemovals = true;
+  return true;
 }
 
 void HashConvert::hcLookup(const unsigned char* key, unsigned char* out, int& outLen) const {
@@ -85,7 +92,7 @@ void HashConvert::hcRemove(const unsigned char* key) {
   }
 }
 
-void HashConvert::hcBuildReverse(HashConvert& dest, LogBase& log) const {
+bool HashConvert::hcBuildReverse(HashConvert& dest, LogBase& log) const {
   dest.m_direction = 2;
   dest.put_IsLowerAscii(get_IsLowerAscii());
   // In the order of the units, so that the lowest of those that share a code is
@@ -96,10 +103,11 @@ void HashConvert::hcBuildReverse(HashConvert& dest, LogBase& log) const {
     unsigned char code[mostValueBytes];
     int length = 0;
     hcLookup(text, code, length);
-    if (length == 2) dest.hcInsert(code, text, lengthCodeToPair, log);
+    if (length == 2 && !dest.hcInsert(code, text, lengthCodeToPair, log)) return false;
     if (length != 1 || dest.m_byteToUnicode[code[0]] != 0) continue;
     dest.m_byteToUnicode[code[0]] = static_cast<unsigned short>(unit);
   }
+  return true;
 }
 
 bool HashConvert::isPresent(const unsigned char* key) const {

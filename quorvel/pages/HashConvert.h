@@ -11,9 +11,10 @@ namespace quorvel {
 /// A table from a two-byte key to a value of one or two bytes: one code page in
 /// one direction.
 ///
-/// Readers probe the primary slots themselves and call `hcLookup` only where a
-/// probe does not decide, so the members below are a contract. Fill a table in
-/// one thread, then read it from any number. Nothing here throws.
+/// contract: readers probe the primary slots themselves and call `hcLookup` only
+/// where a probe does not decide, so the names and the layout of the members below
+/// stay. Fill a table in one thread, then read it from any number. Nothing here
+/// throws.
 class QUORVEL_API HashConvert {
  public:
   /// A new, empty table for `codePage`, or null when memory cannot be had. The
@@ -34,8 +35,8 @@ class QUORVEL_API HashConvert {
   static constexpr int lengthCodeToPair = 22;
 
   /// Adds a mapping, if `lengthCode` is one of the two above. A key that is present keeps
-  /// its first mapping. Lack of memory is reported as an error line.
-  void hcInsert(const unsigned char* key, const unsigned char* value, int lengthCode, LogBase& log);
+  /// its first mapping. False, after an error line, only when memory runs out.
+  bool hcInsert(const unsigned char* key, const unsigned char* value, int lengthCode, LogBase& log);
 
   /// The room that a look-up may need for a value.
   static constexpr unsigned int mostValueBytes = 10;
@@ -43,6 +44,9 @@ class QUORVEL_API HashConvert {
   /// Looks a two-byte key up wherever it may be stored. On a hit the value is
   /// copied to `out` (room for `mostValueBytes`) and `outLen` becomes its length; on a
   /// miss neither is touched.
+  ///
+  /// contract: a table that overrides this may give a negative length; what is
+  /// converted with it passes over such a key without a word.
   virtual void hcLookup(const unsigned char* key, unsigned char* out, int& outLen) const;
 
   /// Removes the mapping of a key, if it has one.
@@ -51,8 +55,9 @@ class QUORVEL_API HashConvert {
   /// Makes `dest`, created and initialised, the to-Unicode counterpart of this
   /// from-Unicode table: two-byte codes become keys, one-byte codes entries of
   /// `m_byteToUnicode`, and the lower-ASCII flag is handed over. Of units that
-  /// share a code the lowest is what the code then maps to.
-  void hcBuildReverse(HashConvert& dest, LogBase& log) const;
+  /// share a code the lowest is what the code then maps to. False only when
+  /// memory runs out; then `dest` lacks mappings.
+  bool hcBuildReverse(HashConvert& dest, LogBase& log) const;
 
   /// Calls `visit(key, value, valueLength)` for every mapping, in no particular
   /// order.

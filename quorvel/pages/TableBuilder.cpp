@@ -1,123 +1,85 @@
 #include "quorvel/pages/TableBuilder.hpp"
 
-#include <cstring>
-
-#include "quorvel/base/qvHelpers.h"
-#include "quorvel/pages/ContentCoding.h"
-#include "quorvel/pages/QuorvelBzip2.h"
+#include "quorvel/pages/PackedList.hpp"
 
 namespace quorvel {
 
 namespace {
-
-// A list that maps every unit and every code once is a quarter of this; a
-// longer one is broken, however well it is packed.
-constexpr unsigned int mostTableBytes = 1U << 20;
-
-// Behind a list that lacks them, these zero bytes end a record that is cut off
-// and every section that is still to come.
-constexpr unsigned char terminators[8] = {};
-
-bool unpack(const char* packed, DataBuffer& table) {
-  DataBuffer decoded;
-  if (!ContentCoding::decodeBase64ToDb(packed + 1, qvStrLen(packed + 1), decoded)) return false;
-  if (packed[0] == 'x') {
-    if (!table.append(decoded)) return false;
-  } else {
-    if (QuorvelBzip2::announcedLength(decoded) > mostTableBytes) return false;
-    QuorvelBzip2().unBzipWithHeader(decoded, table, nullptr);
-  }
-  return table.getSize() && table.append(terminators, sizeof terminators);
-}
-
-// Reads a 16-bit number of the list, which is laid out for little-endian hosts.
-unsigned int read16(const unsigned char* p) {
-  unsigned short value = 0;
-  std::memcpy(&value, p, sizeof value);
-  return value;
-}
 
 struct KeyBytes {
   unsigned char bytes[2];
 };
 
 KeyBytes unitBytes(unsigned int unit) {
-  const auto value = static_cast<unsigned short>(unit);
-  KeyBytes result;
-  std::memcpy(result.bytes, &value, sizeof value);
-  return result;
+  return {{static_cast<unsigned char>(unit), static_cast<unsigned char>(unit >> 8)}};
 }
 
 KeyBytes codeBytes(unsigned int code) {
   return {{static_cast<unsigned char>(code >> 8), static_cast<unsigned char>(code)}};
 }
 
-// Single-byte mappings: 3 bytes each, the byte code and the unit as differences
-// to the record before. Returns the position behind the section.
-const unsigned char* readSingleBytes(const unsigned char* p, HashConvert& table, bool fromUnicode,
-                                     LogBase& log) {
-  unsigned char code = 0;
-  unsigned int unit = 0;
-  for (; *p; p += 3) {
-    code = static_cast<unsigned char>(code + *p);
-    unit = (unit + read16(p + 1)) & 0xFFFF;
-    if (fromUnicode) {
-      table.hcInsert(unitBytes(unit).bytes, &code, HashConvert::lengthCodeToByte, log);
-    } else {
-      table.m_byteToUnicode[code] = static_cast<unsigned short>(unit);
-    }
-  }
-  return p + 1;
+bool insertByte(HashConvert& table, unsigned int unit, unsigned char byte, LogBase& log) {
+  return table.hcInsert(unitBytes(unit).bytes, &byte, HashConvert::lengthCodeToByte, log);
 }
 
-// Double-byte mappings: 4 bytes each, likewise.
-void readDoubleBytes(const unsigned char* p, HashConvert& table, bool fromUnicode, LogBase& log) {
-  unsigned int code = 0;
-  unsigned int unit = 0;
-  for (; read16(p); p += 4) {
-    code = (code + read16(p)) & 0xFFFF;
-    unit = (unit + read16(p + 2)) & 0xFFFF;
-    const KeyBytes key = fromUnicode ? unitBytes(unit) : codeBytes(code);
-    const KeyBytes value = fromUnicode ? codeBytes(code) : unitBytes(unit);
-    table.hcInsert(key.bytes, value.bytes, HashConvert::lengthCodeToPair, log);
-  }
+bool insertPair(HashConvert& table, const KeyBytes& key, const KeyBytes& value, LogBase& log) {
+  return table.hcInsert(key.bytes, value.bytes, HashConvert::lengthCodeToPair, log);
 }
 
-void replace(HashConvert& table, const unsigned char* key, const unsigned char* code,
-             int lengthCode, LogBase& log) {
-  table.hcRemove(key);
-  table.hcInsert(key, code, lengthCode, log);
+bool fillFromUnicode(const unsigned char* body, HashConvert& table, LogBase& log) {
+  return readMappings(
+      body,
+      [&](unsigned char byte, unsigned int unit) { return insertByte(table, unit, byte, log); },
+      [&](unsigned int code, unsigned int unit) {
+        return insertPair(table, unitBytes(unit), codeBytes(code), log);
+      });
+}
+
+bool fillToUnicode(const unsigned char* body, HashConvert& table, LogBase& log) {
+  return readMappings(
+      body,
+      [&](unsigned char byte, unsigned int unit) {
+        table.m_byteToUnicode[byte] = static_cast<unsigned short>(unit);
+        return true;
+      },
+      [&](unsigned int code, unsigned int unit) {
+        return insertPair(table, codeBytes(code), unitBytes(unit), log);
+      });
 }
 
 }  // namespace
 
-void buildHash(const char* packed, HashConvert& table, bool fromUnicode, LogBase& log) {
-  DataBuffer unpacked;
-  if (!packed || !*packed || !unpack(packed, unpacked)) return;
-  const unsigned char* bytes = unpacked.getData2();
-  table.put_IsLowerAscii(bytes[0] == 'a');
-  if (bytes[1] != 'd') {
-    buildFromComplete(bytes + 2, table, fromUnicode, log);
-  } else if (fromUnicode) {
-    buildFromDiffs(bytes + 2, table, log);
-  }
+bool buildHash(const char* packed, HashConvert& table, bool fromUnicode, LogBase& log) {
+  PackedList list;
+  const Unpacked state = unpackList(packed, list);
+  if (state != Unpacked::whole) return state != Unpacked::outOfMemory;
+  table.put_IsLowerAscii(list.isLowerAscii());
   table.m_direction = fromUnicode ? 1 : 2;
+  if (!list.isChanges()) return buildFromComplete(list.body(), table, fromUnicode, log);
+  // contract: changes mean nothing to a to-Unicode table, which is given its
+  // marks and direction all the same; callers tell such tables apart by these.
+  return !fromUnicode || buildFromDiffs(list.body(), table, log);
 }
 
-void buildFromComplete(const unsigned char* body, HashConvert& table, bool fromUnicode,
+bool buildFromComplete(const unsigned char* body, HashConvert& table, bool fromUnicode,
                        LogBase& log) {
   table.m_direction = fromUnicode ? 1 : 2;
-  readDoubleBytes(readSingleBytes(body, table, fromUnicode, log), table, fromUnicode, log);
+  return fromUnicode ? fillFromUnicode(body, table, log) : fillToUnicode(body, table, log);
 }
 
-void buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log) {
+bool buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log) {
   table.m_hasRemovals = true;
-  const unsigned char* p = body;
-  for (; p[0] || p[1]; p += 2) table.hcRemove(p);
-  p += 2;
-  for (; *p; p += 3) replace(table, p + 1, p, HashConvert::lengthCodeToByte, log);
-  ++p;
-  for (; p[0] || p[1]; p += 4) replace(table, p + 2, p, HashConvert::lengthCodeToPair, log);
+  const auto remove = [&](unsigned int unit) { table.hcRemove(unitBytes(unit).bytes); };
+  return readChanges(
+      body, remove,
+      [&](unsigned char byte, unsigned int unit) {
+        remove(unit);
+        return insertByte(table, unit, byte, log);
+      },
+      [&](unsigned int code, unsigned int unit) {
+        remove(unit);
+        return insertPair(table, unitBytes(unit), codeBytes(code), log);
+      });
 }
 
 bool buildSingleByteLookup(HashConvert& hc, UnicodeLookup& lookup, LogBase&) {

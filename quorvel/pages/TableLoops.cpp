@@ -1,6 +1,8 @@
 #include "quorvel/pages/TableLoops.hpp"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 
 #include "quorvel/kernel/Table.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
@@ -8,6 +10,18 @@
 namespace quorvel {
 
 namespace {
+
+unsigned int unitAt(const unsigned char* in) {
+  return in[0] | static_cast<unsigned int>(in[1]) << 8;
+}
+
+unsigned char ownCode(const UnicodeToBytesAndDigits& table, unsigned int unit) {
+  for (std::size_t set = 0; set < std::size(firstArabicDigits); ++set) {
+    const unsigned int digit = unit - firstArabicDigits[set];
+    if (digit < 10) return table.ownDigits[set][digit];
+  }
+  return unit < table.flat.count ? table.flat.codes[unit] : 0;
+}
 
 // The answer to one look-up: bytes written at `out`, or how many there are not.
 // Zero means no mapping, a negative length a key that is skipped without a word.
@@ -68,11 +82,31 @@ Progress encodeOneUnit(const HashConvert& table, const unsigned char* in, unsign
 Progress encodeUnits(const HashConvert& table, const unsigned char* in, const unsigned char* end,
                      unsigned char* out) {
   while (end - in >= 2) {
-    if ((in[0] | in[1] << 8) == kernel::rawBytesUnit) break;
+    if (unitAt(in) == kernel::rawBytesUnit) break;
     const Progress progress = encodeOneUnit(table, in, out);
     if (progress.in == in) break;
     in = progress.in;
     out = progress.out;
+  }
+  return {in, out};
+}
+
+Progress encodeWhereStopped(const FromUnicodeTable& table, const unsigned char* in,
+                            unsigned char* out) {
+  const unsigned int code = table.rawBytesCode;
+  if (code == 0 || unitAt(in) != kernel::rawBytesUnit) return {in, out};
+  *out++ = static_cast<unsigned char>(code);
+  if (code >= 0x100) *out++ = static_cast<unsigned char>(code >> 8);
+  return {in + 2, out};
+}
+
+Progress encodeWithOwnDigits(const UnicodeToBytesAndDigits& table, const unsigned char* in,
+                             const unsigned char* end, unsigned char* out) {
+  for (; end - in >= 2; in += 2) {
+    const unsigned int unit = unitAt(in);
+    const unsigned char code = ownCode(table, unit);
+    if (code == 0 && unit != 0) break;
+    *out++ = code;
   }
   return {in, out};
 }

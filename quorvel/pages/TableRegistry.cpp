@@ -1,12 +1,15 @@
 #include "quorvel/pages/TableRegistry.hpp"
 
 #include <atomic>
+#include <memory>
 #include <new>
+#include <utility>
 
 #include "quorvel/base/StringBuffer.h"
 #include "quorvel/pages/CodePages.hpp"
-#include "quorvel/pages/TableBuilder.hpp"
-#include "quorvel/pages/TableIndex.hpp"
+#include "quorvel/pages/FlatTables.hpp"
+#include "quorvel/pages/LastBlock.hpp"
+#include "quorvel/pages/PackedList.hpp"
 
 namespace quorvel::tableRegistry {
 
@@ -16,9 +19,6 @@ namespace {
 // slot goes from null to published once and back only through `release`.
 std::atomic<const ToUnicodeTable*> toUnicodeSlots[codePageCount];
 std::atomic<const FromUnicodeTable*> fromUnicodeSlots[codePageCount];
-
-constexpr int singleByteBuckets = 269;
-constexpr int transientBuckets = 283;  // of the table that a lookup is made from
 
 // The index of the page that owns the tables of a page; `codePageCount` when
 // that has none.
@@ -42,78 +42,88 @@ void releaseSlot(std::atomic<const Table*>& slot) {
   delete slot.exchange(nullptr, std::memory_order_acq_rel);
 }
 
-std::unique_ptr<HashConvert> buildTable(int codePage, const TableSource& source, int buckets,
-                                        bool fromUnicode, LogBase& log) {
-  std::unique_ptr<HashConvert> table(HashConvert::createNewObject(codePage));
-  if (!table || !table->hcInitialize(buckets)) return nullptr;
-  if (source.packed) {
-    buildHash(source.packed, *table, fromUnicode, log);
-    return table;
-  }
+template <typename Table>
+std::size_t sizeOf(const std::atomic<const Table*>& slot) {
+  const Table* table = slot.load(std::memory_order_acquire);
+  return table ? table->size() : 0;
+}
+
+Unpacked unpackMappings(const TableSource& source, PackedList& list) {
+  if (source.packed) return unpackList(source.packed, list);
   StringBuffer text;
-  if (!source.assemble(text)) return nullptr;
-  buildHash(text.getString(), *table, fromUnicode, log);
-  if (source.changes) buildHash(source.changes, *table, fromUnicode, log);
-  return table;
+  return source.assemble(text) ? unpackList(text.getString(), list) : Unpacked::outOfMemory;
 }
 
-std::unique_ptr<FromUnicodeTable> buildFromUnicode(int codePage, const CodePage& owner,
-                                                   LogBase& log) {
-  std::unique_ptr<FromUnicodeTable> table(new (std::nothrow) FromUnicodeTable);
-  if (!table) return nullptr;
-  const bool isSingleByte = owner.kind == CodePageKind::SingleByte;
-  table->hash = buildTable(codePage, owner.table,
-                           isSingleByte ? singleByteBuckets : owner.table.buckets, true, log);
-  if (!table->hash) return nullptr;
-  if (isSingleByte) {
-    table->bytes = unitsToBytesOf(*table->hash);
-  } else {
-    table->pairs = unitsToPairsOf(*table->hash);
+// A list that cannot be unpacked adds nothing.
+bool addUnpacked(Unpacked state, const PackedList& list, UnitCodes& codes) {
+  if (state == Unpacked::whole) addList(list, codes);
+  return state != Unpacked::outOfMemory;
+}
+
+// What the page has for each unit; null when memory ran out.
+std::unique_ptr<UnitCodes> gatherCodes(const TableSource& source) {
+  std::unique_ptr<UnitCodes> codes(new (std::nothrow) UnitCodes);
+  if (!codes) return nullptr;
+  PackedList list;
+  const Unpacked state = unpackMappings(source, list);
+  if (!addUnpacked(state, list, *codes)) return nullptr;
+  if (source.changes) {
+    PackedList changes;
+    const Unpacked changed = unpackList(source.changes, changes);
+    if (!addUnpacked(changed, changes, *codes)) return nullptr;
   }
-  if (!table->bytes && !table->pairs) return nullptr;
-  return table;
+  return codes;
 }
 
-std::unique_ptr<ToUnicodeTable> buildLookup(int codePage, const CodePage& owner, LogBase& log) {
-  std::unique_ptr<ToUnicodeTable> table(new (std::nothrow) ToUnicodeTable);
-  if (!table) return nullptr;
-  table->lookup.reset(UnicodeLookup::createNewObject());
-  const auto transient = buildTable(codePage, owner.table, transientBuckets, false, log);
-  if (!table->lookup || !transient) return nullptr;
-  buildSingleByteLookup(*transient, *table->lookup, log);
-  table->bytes = bytesToUnitsOf(*table->lookup);
-  if (!table->bytes) return nullptr;
-  return table;
+std::unique_ptr<FromUnicodeTable> buildFromUnicode(const CodePage& page) {
+  if (page.kind == CodePageKind::MultiByte) {
+    const auto codes = gatherCodes(page.table);
+    return codes ? unicodeToPairsOf(*codes) : nullptr;
+  }
+  PackedList list;
+  const Unpacked state = unpackMappings(page.table, list);
+  if (state == Unpacked::outOfMemory) return nullptr;
+  const PackedList* mappings = state == Unpacked::whole ? &list : nullptr;
+  return page.traits.takesAsciiDigits ? unicodeToBytesAndDigitsOf(mappings)
+                                      : unicodeToBytesOf(mappings);
 }
 
 // A list of changes speaks of units only, so a page that has one is decoded by
-// the reverse of the table that it is encoded with.
-std::unique_ptr<HashConvert> reverseOf(int codePage, const CodePage& owner, LogBase& log) {
-  if (!ensureFromUnicode(codePage, log)) return nullptr;
-  std::unique_ptr<HashConvert> table(HashConvert::createNewObject(codePage));
-  if (!table || !table->hcInitialize(owner.table.buckets)) return nullptr;
-  fromUnicode(codePage)->hash->hcBuildReverse(*table, log);
-  return table;
+// the reverse of what it is encoded with.
+//
+// contract: its encoding table is published first; callers find both there once
+// they have asked for this one.
+std::unique_ptr<ToUnicodeTable> buildReverse(const CodePage& page) {
+  const auto codes = gatherCodes(page.table);
+  if (!codes) return nullptr;
+  std::atomic<const FromUnicodeTable*>& slot = fromUnicodeSlots[indexOf(page)];
+  if (!slot.load(std::memory_order_acquire)) {
+    std::unique_ptr<FromUnicodeTable> table = unicodeToPairsOf(*codes);
+    if (!table) return nullptr;
+    publish(slot, std::move(table));
+  }
+  return reverseOf(*codes);
 }
 
-std::unique_ptr<ToUnicodeTable> buildToUnicode(int codePage, const CodePage& owner, LogBase& log) {
-  if (owner.kind == CodePageKind::SingleByte) return buildLookup(codePage, owner, log);
-  std::unique_ptr<ToUnicodeTable> table(new (std::nothrow) ToUnicodeTable);
-  if (!table) return nullptr;
-  table->hash = owner.table.changes
-                    ? reverseOf(codePage, owner, log)
-                    : buildTable(codePage, owner.table, owner.table.buckets, false, log);
-  if (table->hash) table->pairs = pairsToUnitsOf(*table->hash);
-  if (!table->pairs) return nullptr;
-  return table;
+std::unique_ptr<ToUnicodeTable> buildToUnicode(const CodePage& page) {
+  if (page.table.changes) return buildReverse(page);
+  PackedList list;
+  const Unpacked state = unpackMappings(page.table, list);
+  if (state == Unpacked::outOfMemory) return nullptr;
+  const PackedList* mappings = state == Unpacked::whole ? &list : nullptr;
+  if (page.kind == CodePageKind::MultiByte) return pairsToUnicodeOf(mappings);
+  return bytesToUnicodeOf(mappings);
 }
 
 template <typename Table, typename Build>
 bool ensure(int codePage, std::atomic<const Table*>* slots, const Build& build, LogBase& log) {
   const unsigned int owner = ownerOf(codePage);
   if (owner == codePageCount || slots[owner].load(std::memory_order_acquire)) return true;
-  auto table = build(codePage, codePageAt(owner), log);
-  if (!table) return false;
+  auto table = build(codePageAt(owner));
+  if (!table) {
+    log.logError("Out of memory for a mapping.");
+    return false;
+  }
   publish(slots[owner], std::move(table));
   return true;
 }
@@ -144,8 +154,19 @@ const FromUnicodeTable* fromUnicode(const CodePage& page) {
   return published(page, fromUnicodeSlots);
 }
 
-void release() {
+std::size_t size() {
+  std::size_t sum = 0;
   for (unsigned int i = 0; i < codePageCount; ++i) {
+    sum += sizeOf(fromUnicodeSlots[i]) + sizeOf(toUnicodeSlots[i]);
+  }
+  return sum;
+}
+
+void release() {
+  releaseLastBlock();
+  for (unsigned int i = 0; i < codePageCount; ++i) {
+    // contract: the tables that no conversion takes stay, for whoever asked for
+    // them by hand.
     if (!codePageAt(i).table.isRouted) continue;
     releaseSlot(fromUnicodeSlots[i]);
     releaseSlot(toUnicodeSlots[i]);

@@ -1,40 +1,24 @@
 #pragma once
 
-#include <memory>
+#include <cstddef>
 
 #include "quorvel/base/LogBase.h"
-#include "quorvel/kernel/Table.hpp"
-#include "quorvel/pages/HashConvert.h"
-#include "quorvel/pages/UnicodeLookup.h"
+#include "quorvel/pages/PageTables.hpp"
 
 namespace quorvel {
 
 struct CodePage;
 
-/// What one code page is decoded with: a single-byte page has a lookup, a
-/// multibyte page a table, and each has it laid flat for the loops.
-struct ToUnicodeTable {
-  std::unique_ptr<UnicodeLookup> lookup;
-  std::unique_ptr<kernel::BytesToUnits> bytes;
-  std::unique_ptr<HashConvert> hash;
-  std::unique_ptr<kernel::PairsToUnits> pairs;
-};
-
-/// What one code page is encoded with: a table, laid
-/// flat in one of two ways.
-struct FromUnicodeTable {
-  std::unique_ptr<HashConvert> hash;
-  std::unique_ptr<kernel::UnitsToBytes> bytes;
-  std::unique_ptr<kernel::UnitsToPairs> pairs;
-};
-
-/// The process-wide tables. Each is built on first use, by whoever comes first,
-/// and then read by all without a lock until `release`: a builder makes a
-/// private table and publishes it only if none has been published meanwhile.
+/// The process-wide tables, all that there are. Each is built on first use, by
+/// whoever comes first, and then read by all without a lock until `release`: a
+/// builder makes a private table and publishes it, whole, only if none has been
+/// published meanwhile. What they are is in PageTables.hpp, what they are made of
+/// in FlatTables.hpp; the one of ISO-2022-JP is in LastBlock.hpp.
 namespace tableRegistry {
 
-/// Makes sure that the table of a code page exists. False when memory ran out;
-/// true does not mean that there is a table, as a number without one is fine.
+/// Makes sure that the table of a code page exists. False, after an error line,
+/// when memory ran out; true does not mean that there is a table, as a number
+/// without one is fine.
 bool ensureToUnicode(int codePage, LogBase& log);
 bool ensureFromUnicode(int codePage, LogBase& log);
 
@@ -44,8 +28,11 @@ const FromUnicodeTable* fromUnicode(int codePage);
 const ToUnicodeTable* toUnicode(const CodePage& page);
 const FromUnicodeTable* fromUnicode(const CodePage& page);
 
-/// Frees every published table but those of the pages that no conversion takes.
-/// No conversion may be in progress.
+/// The bytes of memory that the published tables take.
+std::size_t size();
+
+/// Frees all that is published but the tables of the pages that no conversion
+/// takes. No conversion may be in progress.
 void release();
 
 }  // namespace tableRegistry

@@ -69,28 +69,34 @@ const unsigned char* decodeSingleByteText(EncodingConvert& converter, const Deco
   }
 }
 
+const unsigned char* decodeBy(const BytesToUnicode& table, EncodingConvert& converter,
+                              const SourcePart& part, DataBuffer& out, LogBase& log) {
+  const auto decode = [loop = kernel::table().bytesToUnits, &flat = table.flat](auto... text) {
+    return loop(flat, text...);
+  };
+  return decodeSingleByteText(converter, decode, part, out, log);
+}
+
+const unsigned char* decodeBy(const PairsToUnicode& table, EncodingConvert& converter,
+                              const SourcePart& part, DataBuffer& out, LogBase& log) {
+  const auto decode = [loop = kernel::table().pairsToUnits, &flat = table.flat](auto... text) {
+    return loop(flat, text...);
+  };
+  return decodeText(converter, decode, 2, part, out, log);
+}
+
 }  // namespace
 
 const unsigned char* decodeByTable(EncodingConvert& converter, const ToUnicodeTable& table,
                                    const SourcePart& part, DataBuffer& out, LogBase& log) {
-  const kernel::Table& loops = kernel::table();
-  if (table.bytes) {
-    const auto decode = [loop = loops.bytesToUnits, &bytes = *table.bytes](auto... text) {
-      return loop(bytes, text...);
-    };
-    return decodeSingleByteText(converter, decode, part, out, log);
-  }
-  const auto decode = [loop = loops.pairsToUnits, &pairs = *table.pairs](auto... text) {
-    return loop(pairs, text...);
-  };
-  return decodeText(converter, decode, 2, part, out, log);
+  return visit(table, [&](const auto& kind) { return decodeBy(kind, converter, part, out, log); });
 }
 
 const ToUnicodeTable* tableToDecode(const PageRef& page, LogBase& log) {
   const bool isUsed = page.isRouted();
   const ToUnicodeTable* table = isUsed ? tableRegistry::toUnicode(page.row()) : nullptr;
   if (table) return table;
-  if (!EncodingConvert::ensureHashToUnicode(page, log)) {
+  if (!tableRegistry::ensureToUnicode(page, log)) {
     if (log.m_verboseLogging) log.logError("ensureHashToUnicode failed.");
     return nullptr;
   }

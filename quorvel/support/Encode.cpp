@@ -13,6 +13,7 @@
 #include "quorvel/kernel/Utf16Unit.hpp"
 #include "quorvel/pages/ArabicDigits.hpp"
 #include "quorvel/pages/CodePages.hpp"
+#include "quorvel/pages/PageTables.hpp"
 #include "quorvel/pages/TableLoops.hpp"
 #include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
@@ -28,12 +29,70 @@ bool isMarker(const unsigned char* in) {
   return in[0] == passthroughMarker[0] && in[1] == passthroughMarker[1];
 }
 
+// How text is encoded, by the table: `run` is the loop, `one` is for the unit at
+// which it stopped, and neither makes more than `mostBytes` bytes of a unit.
+
+struct ByProbing {
+  static constexpr unsigned int mostBytes = HashConvert::mostValueBytes;
+
+  Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) const {
+    return encodeUnits(table, in, end, out);
+  }
+  Progress one(const unsigned char* in, unsigned char* out) const {
+    return encodeOneUnit(table, in, out);
+  }
+
+  const HashConvert& table;
+};
+
+struct ToBytes {
+  static constexpr unsigned int mostBytes = 1;
+
+  Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) const {
+    return loop(table.flat, in, end, out);
+  }
+  Progress one(const unsigned char* in, unsigned char* out) const {
+    return encodeWhereStopped(table, in, out);
+  }
+
+  const UnicodeToBytes& table;
+  decltype(kernel::Table::unitsToBytes) loop = kernel::table().unitsToBytes;
+};
+
+struct ToBytesWithOwnDigits {
+  static constexpr unsigned int mostBytes = 1;
+
+  Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) const {
+    return encodeWithOwnDigits(table, in, end, out);
+  }
+  Progress one(const unsigned char* in, unsigned char* out) const {
+    return encodeWhereStopped(table, in, out);
+  }
+
+  const UnicodeToBytesAndDigits& table;
+};
+
+struct ToPairs {
+  static constexpr unsigned int mostBytes = 2;
+
+  Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) const {
+    return loop(table.flat, in, end, out);
+  }
+  Progress one(const unsigned char* in, unsigned char* out) const {
+    return encodeWhereStopped(table, in, out);
+  }
+
+  const UnicodeToPairs& table;
+  decltype(kernel::Table::unitsToPairs) loop = kernel::table().unitsToPairs;
+};
+
 // The unit at `in`, in front of which a loop has stopped. False when memory ran
 // out.
-bool encodeOne(EncodingConvert& converter, const HashConvert& table, const unsigned char* in,
-               bool& isWhole, DataBuffer& out, LogBase& log) {
-  unsigned char bytes[HashConvert::mostValueBytes];
-  const Progress progress = encodeOneUnit(table, in, bytes);
+template <typename Way>
+bool encodeOne(EncodingConvert& converter, const Way& way, const unsigned char* in, bool& isWhole,
+               DataBuffer& out, LogBase& log) {
+  unsigned char bytes[Way::mostBytes];
+  const Progress progress = way.one(in, bytes);
   if (progress.in != in) return out.append(bytes, static_cast<unsigned int>(progress.out - bytes));
   converter.m_hadError = true;
   isWhole = false;
@@ -43,15 +102,14 @@ bool encodeOne(EncodingConvert& converter, const HashConvert& table, const unsig
 
 enum class AtMarker { copyRawBytes, stop };
 
-// `loop` encodes what `table` maps, a unit in at most `mostBytes` bytes. Where a
-// marker ends what `loop` is good for, the text goes no further.
-template <typename Loop>
-Encoded encodeText(EncodingConvert& converter, const HashConvert& table, const Loop& loop,
-                   unsigned int mostBytes, AtMarker atMarker, const UnitsPart& part,
-                   DataBuffer& out, LogBase& log) {
+// Where a marker ends what `way` is good for, the text goes no further.
+template <typename Way>
+Encoded encodeText(EncodingConvert& converter, const Way& way, AtMarker atMarker,
+                   const UnitsPart& part, DataBuffer& out, LogBase& log) {
+  const auto loop = [&](auto... text) { return way.run(text...); };
   bool isWhole = true;
   for (const unsigned char* in = part.in;;) {
-    in = runInBlocks(loop, in, part.end, mostBytes, out);
+    in = runInBlocks(loop, in, part.end, Way::mostBytes, out);
     if (!in) return {nullptr, false};
     const std::ptrdiff_t left = part.end - in;
     if (left < 2) return {in, isWhole};
@@ -65,25 +123,9 @@ Encoded encodeText(EncodingConvert& converter, const HashConvert& table, const L
         continue;
       }
     }
-    if (!encodeOne(converter, table, in, isWhole, out, log)) return {nullptr, false};
+    if (!encodeOne(converter, way, in, isWhole, out, log)) return {nullptr, false};
     in += 2;
   }
-}
-
-auto probing(const HashConvert& table) {
-  return [&table](auto... text) { return encodeUnits(table, text...); };
-}
-
-auto toBytes(const FromUnicodeTable& table) {
-  return [loop = kernel::table().unitsToBytes, &bytes = *table.bytes](auto... text) {
-    return loop(bytes, text...);
-  };
-}
-
-auto toPairs(const FromUnicodeTable& table) {
-  return [loop = kernel::table().unitsToPairs, &pairs = *table.pairs](auto... text) {
-    return loop(pairs, text...);
-  };
 }
 
 // Rewrites every unit that is an Arabic digit. Null when memory ran out.
@@ -101,23 +143,31 @@ std::unique_ptr<unsigned char[]> withAsciiDigits(const unsigned char* in, unsign
 // Both sets of Arabic digits become ASCII digits.
 //
 // contract: so do raw bytes behind a marker that happen to look like them; readers
-// take their substitution for text of the page. The index knows the digits; but from the
-// first marker on the units may be read one byte off while it is still the units
-// as they were written that count: from there on the text is rewritten, and read
-// through the table, which leaves what then looks like a digit alone.
-Encoded encodeWithAsciiDigits(EncodingConvert& converter, const FromUnicodeTable& table,
-                              const UnitsPart& part, DataBuffer& out, LogBase& log) {
-  const Encoded plain =
-      encodeText(converter, *table.hash, toBytes(table), 1, AtMarker::stop, part, out, log);
+// take their substitution for text of the page. The flat table knows the digits; but
+// from the first marker on the units may be read one byte off while it is still the
+// units as they were written that count: from there on the text is rewritten, and
+// what then looks like a digit gets the page's own code.
+Encoded encodeBy(const UnicodeToBytesAndDigits& table, EncodingConvert& converter,
+                 const UnitsPart& part, DataBuffer& out, LogBase& log) {
+  const Encoded plain = encodeText(converter, ToBytes{table}, AtMarker::stop, part, out, log);
   if (!plain.in || part.end - plain.in < 2 || !part.isLast) return plain;
   const auto length = static_cast<unsigned int>(part.end - plain.in);
   const auto rewritten = withAsciiDigits(plain.in, length);
   if (!rewritten) return {nullptr, false};
   const UnitsPart rest{rewritten.get(), rewritten.get() + length, true};
   const Encoded marked =
-      encodeText(converter, *table.hash, probing(*table.hash), HashConvert::mostValueBytes,
-                 AtMarker::copyRawBytes, rest, out, log);
+      encodeText(converter, ToBytesWithOwnDigits{table}, AtMarker::copyRawBytes, rest, out, log);
   return {marked.in ? part.end : nullptr, plain.isWhole && marked.isWhole};
+}
+
+Encoded encodeBy(const UnicodeToBytes& table, EncodingConvert& converter, const UnitsPart& part,
+                 DataBuffer& out, LogBase& log) {
+  return encodeText(converter, ToBytes{table}, AtMarker::copyRawBytes, part, out, log);
+}
+
+Encoded encodeBy(const UnicodeToPairs& table, EncodingConvert& converter, const UnitsPart& part,
+                 DataBuffer& out, LogBase& log) {
+  return encodeText(converter, ToPairs{table}, AtMarker::copyRawBytes, part, out, log);
 }
 
 // Half a unit at the end is ignored.
@@ -129,23 +179,16 @@ bool succeeded(const Encoded& encoded) { return encoded.in && encoded.isWhole; }
 
 }  // namespace
 
-Encoded encodeByTable(EncodingConvert& converter, const PageRef& page,
-                      const FromUnicodeTable& table, const UnitsPart& part, DataBuffer& out,
-                      LogBase& log) {
-  if (page.traits().takesAsciiDigits) {
-    return encodeWithAsciiDigits(converter, table, part, out, log);
-  }
-  return table.bytes ? encodeText(converter, *table.hash, toBytes(table), 1, AtMarker::copyRawBytes,
-                                  part, out, log)
-                     : encodeText(converter, *table.hash, toPairs(table), 2, AtMarker::copyRawBytes,
-                                  part, out, log);
+Encoded encodeByTable(EncodingConvert& converter, const FromUnicodeTable& table,
+                      const UnitsPart& part, DataBuffer& out, LogBase& log) {
+  return visit(table, [&](const auto& kind) { return encodeBy(kind, converter, part, out, log); });
 }
 
 const FromUnicodeTable* tableToEncode(const PageRef& page, LogBase& log) {
   const bool isUsed = page.isRouted();
   const FromUnicodeTable* table = isUsed ? tableRegistry::fromUnicode(page.row()) : nullptr;
   if (table) return table;
-  EncodingConvert::ensureHashFromUnicode(page, log);
+  if (!tableRegistry::ensureFromUnicode(page, log)) return nullptr;
   return isUsed ? tableRegistry::fromUnicode(page.row()) : nullptr;
 }
 
@@ -154,7 +197,7 @@ bool EncodingConvert::convertFromUnicodeHC(int toCodePage, const unsigned char* 
   if (!in || inLen == 0) return true;
   const PageRef page(toCodePage);
   return inTableEncoding(page, inLen, log, [&](const FromUnicodeTable& table) {
-    return succeeded(encodeByTable(*this, page, table, wholeText(in, inLen), out, log));
+    return succeeded(encodeByTable(*this, table, wholeText(in, inLen), out, log));
   });
 }
 
@@ -163,8 +206,8 @@ bool EncodingConvert::convertFromUnicodeHC2(HashConvert* table, const unsigned c
   if (!table) return false;
   if (!in || inLen == 0) return true;
   if (inLen < 2) return false;
-  return succeeded(encodeText(*this, *table, probing(*table), HashConvert::mostValueBytes,
-                              AtMarker::copyRawBytes, wholeText(in, inLen), out, log));
+  return succeeded(
+      encodeText(*this, ByProbing{*table}, AtMarker::copyRawBytes, wholeText(in, inLen), out, log));
 }
 
 }  // namespace quorvel

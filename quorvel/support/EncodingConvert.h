@@ -161,7 +161,7 @@ class QUORVEL_API EncodingConvert {
   /// Make sure that the process-wide table of a code page exists, in the one
   /// direction or the other. It is built on first use and shared by all
   /// converters; any number of threads may ask at once. False only when memory
-  /// ran out: a number without a table is fine.
+  /// ran out, which leaves no table: a number without one is fine.
   static bool ensureHashToUnicode(int codePage, LogBase& log);
   static bool ensureHashFromUnicode(int codePage, LogBase& log);
 
@@ -179,14 +179,15 @@ class QUORVEL_API EncodingConvert {
   static void cleanupMemory();
 
   /// Fills `table` from packed text: a flag ("x" stored, else compressed) and
-  /// base64. Text that cannot be unpacked leaves the table as it was.
-  static void buildHash(const char* packed, HashConvert& table, bool fromUnicode, LogBase& log);
+  /// base64. Text that cannot be unpacked leaves the table as it was. False only
+  /// when memory runs out; then the table may lack mappings.
+  static bool buildHash(const char* packed, HashConvert& table, bool fromUnicode, LogBase& log);
 
   /// Fills `table` from the list of mappings, or the list of changes, at
-  /// `body`, which must end as such a list ends.
-  static void buildFromComplete(const unsigned char* body, HashConvert& table, bool fromUnicode,
+  /// `body`, which must end as such a list ends. False as above.
+  static bool buildFromComplete(const unsigned char* body, HashConvert& table, bool fromUnicode,
                                 LogBase& log);
-  static void buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log);
+  static bool buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log);
 
   /// Flattens the single bytes of a to-Unicode table; returns its lower-ASCII
   /// flag.

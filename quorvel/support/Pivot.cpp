@@ -106,7 +106,7 @@ class ToTable {
   }
   Encoded encode(EncodingConvert& converter, const UnitsPart& part, DataBuffer& out,
                  LogBase& log) const {
-    return encodeByTable(converter, m_page, *m_table, part, out, log);
+    return encodeByTable(converter, *m_table, part, out, log);
   }
 
  private:

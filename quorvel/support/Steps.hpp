@@ -51,9 +51,8 @@ struct Encoded {
 };
 
 Encoded encodeUtf8(EncodingConvert& converter, const UnitsPart& part, DataBuffer& out);
-Encoded encodeByTable(EncodingConvert& converter, const PageRef& page,
-                      const FromUnicodeTable& table, const UnitsPart& part, DataBuffer& out,
-                      LogBase& log);
+Encoded encodeByTable(EncodingConvert& converter, const FromUnicodeTable& table,
+                      const UnitsPart& part, DataBuffer& out, LogBase& log);
 
 /// The tables that a conversion takes, built if need be; null when the code page
 /// has none or memory ran out.
@@ -79,7 +78,9 @@ bool inTableDecoding(const PageRef& page, unsigned int numBytes, LogBase& log, c
     const ToUnicodeTable* table = tableToDecode(page, log);
     if (!table) return false;
     const auto run = [&] { return body(*table); };
-    return table->lookup ? inLogContext(log, lookupDecodingContext, run) : run();
+    return table->kind == ToUnicodeTable::Kind::bytes
+               ? inLogContext(log, lookupDecodingContext, run)
+               : run();
   });
 }
 

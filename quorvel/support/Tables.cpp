@@ -5,7 +5,6 @@
 #include "quorvel/pages/TableBuilder.hpp"
 #include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/support/EncodingConvert.h"
-#include "quorvel/unicode/Japanese.h"
 
 namespace quorvel {
 
@@ -39,23 +38,20 @@ bool EncodingConvert::ensureHashFromUnicode2(int codePage, LogBase& log) {
   return isInFirstHalf(codePage) || tableRegistry::ensureFromUnicode(codePage, log);
 }
 
-void EncodingConvert::cleanupMemory() {
-  Japanese::releaseLastBlock();
-  tableRegistry::release();
-}
+void EncodingConvert::cleanupMemory() { tableRegistry::release(); }
 
-void EncodingConvert::buildHash(const char* packed, HashConvert& table, bool fromUnicode,
+bool EncodingConvert::buildHash(const char* packed, HashConvert& table, bool fromUnicode,
                                 LogBase& log) {
-  quorvel::buildHash(packed, table, fromUnicode, log);
+  return quorvel::buildHash(packed, table, fromUnicode, log);
 }
 
-void EncodingConvert::buildFromComplete(const unsigned char* body, HashConvert& table,
+bool EncodingConvert::buildFromComplete(const unsigned char* body, HashConvert& table,
                                         bool fromUnicode, LogBase& log) {
-  quorvel::buildFromComplete(body, table, fromUnicode, log);
+  return quorvel::buildFromComplete(body, table, fromUnicode, log);
 }
 
-void EncodingConvert::buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log) {
-  quorvel::buildFromDiffs(body, table, log);
+bool EncodingConvert::buildFromDiffs(const unsigned char* body, HashConvert& table, LogBase& log) {
+  return quorvel::buildFromDiffs(body, table, log);
 }
 
 bool EncodingConvert::buildSingleByteLookup(HashConvert& hc, UnicodeLookup& lookup, LogBase& log) {

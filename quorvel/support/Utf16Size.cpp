@@ -105,7 +105,7 @@ bool utf8IsTooLong(const EncodingConvert& converter, const unsigned char* data,
 
 bool tableTextIsTooLong(const EncodingConvert& converter, const ToUnicodeTable& table,
                         const unsigned char* data, unsigned int numBytes, unsigned int mostUnits) {
-  const Weights weights = table.bytes ? weightsOf(*table.bytes) : weightsOf(*table.pairs);
+  const Weights weights = visit(table, [](const auto& kind) { return weightsOf(kind.flat); });
   return !canTakeBack(converter) && exceeds(data, numBytes, weights, mostUnits);
 }
 

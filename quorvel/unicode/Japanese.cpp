@@ -1,14 +1,10 @@
 #include "quorvel/unicode/Japanese.h"
 
-#include <atomic>
 #include <cstddef>
-#include <memory>
 
-#include "quorvel/base/qvHelpers.h"
 #include "quorvel/kernel/Jis.hpp"
 #include "quorvel/kernel/Target.hpp"
-#include "quorvel/pages/ContentCoding.h"
-#include "quorvel/pages/SjisLastBlock.hpp"
+#include "quorvel/pages/LastBlock.hpp"
 #include "quorvel/unicode/Iso2022.hpp"
 
 namespace quorvel {
@@ -19,8 +15,6 @@ using iso2022::Bytes;
 using iso2022::Output;
 using jis::Place;
 using jis::Set;
-
-std::atomic<const unsigned char*> _sjis_from_2022_lastblock{nullptr};
 
 constexpr unsigned int cellsPerRow = 94;
 
@@ -233,23 +227,8 @@ bool Japanese::ShiftJisToIso2022(const unsigned char* p, int n, DataBuffer& out,
   return isWhole;
 }
 
-// Threads that come here first at the same time each unpack a block; the one
-// that publishes its own first wins and the others let theirs go.
-const unsigned char* Japanese::GetSjisFrom2022_LastBlock() {
-  if (const unsigned char* published = _sjis_from_2022_lastblock.load(std::memory_order_acquire)) {
-    return published;
-  }
-  unsigned int size = 0;
-  std::unique_ptr<const unsigned char[]> block(
-      ContentCoding().decodeBase64(sjisLastBlockText, qvStrLen(sjisLastBlockText), &size));
-  const unsigned char* published = nullptr;
-  const bool isFirst = _sjis_from_2022_lastblock.compare_exchange_strong(
-      published, block.get(), std::memory_order_acq_rel, std::memory_order_acquire);
-  return isFirst ? block.release() : published;
-}
+const unsigned char* Japanese::GetSjisFrom2022_LastBlock() { return tableRegistry::lastBlock(); }
 
-void Japanese::releaseLastBlock() {
-  delete[] _sjis_from_2022_lastblock.exchange(nullptr, std::memory_order_acq_rel);
-}
+void Japanese::releaseLastBlock() { tableRegistry::releaseLastBlock(); }
 
 }  // namespace quorvel

