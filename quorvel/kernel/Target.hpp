@@ -1,9 +1,9 @@
 #pragma once
 
 #include "quorvel/kernel/Iso2022.hpp"
-#include "quorvel/kernel/Table.hpp"
-#include "quorvel/kernel/Utf.hpp"
-#include "quorvel/kernel/Utf7.hpp"
+#include "quorvel/kernel/Loops.hpp"
+#include "quorvel/kernel/PageTables.hpp"
+#include "quorvel/kernel/Utf7Run.hpp"
 
 namespace quorvel::kernel {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "quorvel/kernel/Table.hpp"
+#include "quorvel/kernel/PageTables.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
 
 namespace quorvel {

@@ -7,7 +7,7 @@ namespace quorvel {
 
 // The loops over a table as it is, one filled by hand too: they read it through
 // its primary slots, a probe for each character. Published tables are read by
-// those of kernel/Table.h, which do the same.
+// those of kernel/Loops.hpp, which do the same.
 
 /// Multibyte text to UTF-16LE, `HashConvert::mostValueBytes` bytes of room for
 /// each byte below `stop`. Starts no character at or behind `stop`, but looks at

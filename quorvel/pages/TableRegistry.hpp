@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "quorvel/base/LogBase.h"
-#include "quorvel/kernel/Table.hpp"
+#include "quorvel/kernel/PageTables.hpp"
 #include "quorvel/pages/HashConvert.h"
 #include "quorvel/pages/UnicodeLookup.h"
 

@@ -1,5 +1,5 @@
 // Decoding of the table-driven code pages to UTF-16LE: the loops of
-// kernel/Table.h map what has a mapping, the steps here decide about the rest.
+// kernel/Loops.hpp map what has a mapping, the steps here decide about the rest.
 
 #include "quorvel/base/BlockRunner.hpp"
 #include "quorvel/base/InLogContext.hpp"

@@ -1,5 +1,5 @@
 // Encoding of UTF-16LE in the table-driven code pages: the loops of
-// kernel/Table.h map what has a mapping, the steps here decide about the rest.
+// kernel/Loops.hpp map what has a mapping, the steps here decide about the rest.
 
 #include <algorithm>
 #include <cstddef>

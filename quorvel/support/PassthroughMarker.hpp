@@ -3,8 +3,8 @@
 #include <cstddef>
 
 #include "quorvel/base/DataBuffer.h"
-#include "quorvel/kernel/Table.hpp"
-#include "quorvel/kernel/Utf.hpp"
+#include "quorvel/kernel/Loops.hpp"
+#include "quorvel/kernel/PageTables.hpp"
 
 namespace quorvel {
 

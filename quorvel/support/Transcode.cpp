@@ -1,4 +1,4 @@
-// The direct transcoders between UTF-8 and UTF-16: the loops of kernel/Utf.h
+// The direct transcoders between UTF-8 and UTF-16: the loops of kernel/Loops.hpp
 // move the bytes, the steps here decide what happens at the places where a
 // loop stops.
 

@@ -8,7 +8,7 @@
 #include "quorvel/kernel/Base64Digits.hpp"
 #include "quorvel/kernel/Target.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
-#include "quorvel/kernel/Utf7Direct.hpp"
+#include "quorvel/kernel/Utf7Text.hpp"
 #include "quorvel/kernel/Utf8Sequence.hpp"
 #include "quorvel/unicode/_qvUtf.h"
 

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "quorvel/kernel/Base64Digits.hpp"
-#include "quorvel/kernel/Utf7.hpp"
+#include "quorvel/kernel/Utf7Run.hpp"
 
 /// What stands for itself in UTF-7.
 namespace quorvel::utf7 {

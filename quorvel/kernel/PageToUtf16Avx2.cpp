@@ -10,7 +10,7 @@
 #include <type_traits>
 
 #include "quorvel/kernel/Avx2.hpp"
-#include "quorvel/kernel/Table.hpp"
+#include "quorvel/kernel/PageTables.hpp"
 
 namespace quorvel::kernel::avx2 {
 

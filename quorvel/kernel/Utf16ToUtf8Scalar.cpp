@@ -1,10 +1,10 @@
 #include <cstring>
 
 #include "quorvel/kernel/AsciiRun.hpp"
-#include "quorvel/kernel/Utf.hpp"
+#include "quorvel/kernel/Loops.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
-#include "quorvel/kernel/Utf8Runs.hpp"
 #include "quorvel/kernel/Utf8Sequence.hpp"
+#include "quorvel/kernel/Utf8ToUnitsScalar.hpp"
 
 namespace quorvel::kernel::scalar {
 

@@ -6,8 +6,8 @@
 #include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Base64Digits.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
-#include "quorvel/kernel/Utf7.hpp"
-#include "quorvel/kernel/Utf7Direct.hpp"
+#include "quorvel/kernel/Utf7Run.hpp"
+#include "quorvel/kernel/Utf7Text.hpp"
 
 namespace quorvel::kernel::scalar {
 

@@ -4,8 +4,8 @@
 #include <cstddef>
 
 #include "quorvel/kernel/Avx2.hpp"
-#include "quorvel/kernel/Utf.hpp"
-#include "quorvel/kernel/Utf8BlocksAvx2.hpp"
+#include "quorvel/kernel/Loops.hpp"
+#include "quorvel/kernel/Utf8ToUnitsAvx2.hpp"
 
 namespace quorvel::kernel::avx2 {
 

@@ -6,7 +6,7 @@
 
 #include "quorvel/kernel/Avx2.hpp"
 #include "quorvel/kernel/Base64Alphabet.hpp"
-#include "quorvel/kernel/Utf7.hpp"
+#include "quorvel/kernel/Utf7Run.hpp"
 
 namespace quorvel::kernel::avx2 {
 

@@ -1,11 +1,10 @@
-#include "tests/helpers/Kernels.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "tests/helpers/Bytes.h"
+#include "tests/helpers/Kernels.h"
 #include "tests/helpers/RandomText.h"
 #include "tests/reference/TranscodeReference.h"
 

@@ -2,9 +2,9 @@
 #include <cstring>
 
 #include "quorvel/kernel/AsciiRun.hpp"
-#include "quorvel/kernel/Utf.hpp"
-#include "quorvel/kernel/Utf8Runs.hpp"
+#include "quorvel/kernel/Loops.hpp"
 #include "quorvel/kernel/Utf8Sequence.hpp"
+#include "quorvel/kernel/Utf8ToUnitsScalar.hpp"
 
 namespace quorvel::kernel::scalar {
 

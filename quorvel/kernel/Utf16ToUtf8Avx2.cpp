@@ -5,7 +5,7 @@
 #include <cstddef>
 
 #include "quorvel/kernel/Avx2.hpp"
-#include "quorvel/kernel/Utf.hpp"
+#include "quorvel/kernel/Loops.hpp"
 
 namespace quorvel::kernel::avx2 {
 

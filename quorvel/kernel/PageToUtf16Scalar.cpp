@@ -1,7 +1,7 @@
 #include <cstdint>
 
 #include "quorvel/kernel/AsciiRun.hpp"
-#include "quorvel/kernel/Table.hpp"
+#include "quorvel/kernel/PageTables.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
 
 namespace quorvel::kernel::scalar {
