@@ -1,65 +1,17 @@
-// The tables are read one entry at a time: the loads go straight into the lanes
-// of a vector, and what is done to eight or sixteen entries together is to look
-// for one that is missing, to drop bytes that are not wanted and to store. A
-// gather takes twice the time here and several times that on machines whose
-// gathers have been mended.
+// Code pages to UTF-16 by their tables: single bytes by shuffles, multibyte text by
+// finding all characters of a piece first and then their units.
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <type_traits>
 
-#include "quorvel/kernel/Avx2.hpp"
+#include "quorvel/kernel/Loops.hpp"
+#include "quorvel/kernel/PageEntriesAvx2.hpp"
 #include "quorvel/kernel/PageTables.hpp"
 
 namespace quorvel::kernel::avx2 {
 
 namespace {
-
-inline unsigned int numberAt(const unsigned char* p) {
-  unsigned short number = 0;
-  std::memcpy(&number, p, sizeof number);
-  return number;
-}
-
-inline std::uint64_t wordAt(const unsigned char* p) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, p, sizeof word);
-  return word;
-}
-
-// The entry for one of the four 16-bit numbers in a word. These loops wait for
-// loads: to load each number by itself would take a fifth longer. Signed, as the
-// lanes are that it goes into.
-template <int index, typename Entry>
-inline std::make_signed_t<Entry> entryOf(const Entry* table, std::uint64_t word) {
-  return static_cast<std::make_signed_t<Entry>>(table[word >> 16 * index & 0xFFFF]);
-}
-
-// The entries for the eight 16-bit numbers at `p`.
-inline __m128i entriesOfNumbers(const unsigned short* table, const unsigned char* p) {
-  const std::uint64_t first = wordAt(p);
-  const std::uint64_t second = wordAt(p + 8);
-  __m128i entries = _mm_setzero_si128();
-  entries = _mm_insert_epi16(entries, entryOf<0>(table, first), 0);
-  entries = _mm_insert_epi16(entries, entryOf<1>(table, first), 1);
-  entries = _mm_insert_epi16(entries, entryOf<2>(table, first), 2);
-  entries = _mm_insert_epi16(entries, entryOf<3>(table, first), 3);
-  entries = _mm_insert_epi16(entries, entryOf<0>(table, second), 4);
-  entries = _mm_insert_epi16(entries, entryOf<1>(table, second), 5);
-  entries = _mm_insert_epi16(entries, entryOf<2>(table, second), 6);
-  return _mm_insert_epi16(entries, entryOf<3>(table, second), 7);
-}
-
-// Four bits for each entry that is missing, the first lowest.
-inline unsigned int missing(__m128i entries) {
-  return static_cast<unsigned int>(
-      _mm_movemask_epi8(_mm_cmpeq_epi16(entries, _mm_setzero_si128())));
-}
-
-inline __m128i load16(const unsigned char* p) {
-  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
 
 // ASCII.
 
@@ -75,19 +27,21 @@ inline void widenBlock(const unsigned char* p, unsigned char* out) {
   }
 }
 
-inline Progress widenBlocks(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  while (end - in >= asciiLength && isAsciiBlock(in)) {
-    widenBlock(in, out);
-    in += asciiLength;
-    out += 2 * asciiLength;
+inline Position widenBlocks(Position at, const unsigned char* end) {
+  for (; end - at.in >= asciiLength && isAsciiBlock(at.in); at.in += asciiLength) {
+    widenBlock(at.in, at.out);
+    at.out += 2 * asciiLength;
   }
-  return {in, out};
+  return at;
 }
 
 // Single bytes.
 
-// A shuffle looks the low half of each byte up in one row of sixteen entries;
-// the high half then says which row it was, one bit after the other.
+// A shuffle looks the low half of each byte up in one row of sixteen entries; the
+// high half then says which row it was, one bit after the other: a tree of choices
+// among all rows. For E6 every row gives its entry 6; bit 4 is 0 and leaves rows 8, A,
+// C and E of the upper eight, bit 5 is 1 and leaves A and E, bit 6 is 1 and leaves E,
+// and bit 7 is 1 and takes it rather than what the lower eight gave.
 
 inline __m256i entriesInRow(const unsigned char* row, __m256i places) {
   return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(load16(row)), places);
@@ -143,7 +97,7 @@ struct AnyUnits {
   }
 };
 
-inline unsigned int missing(const Halves& halves) {
+inline unsigned int missingUnits(const Halves& halves) {
   const __m256i either = _mm256_or_si256(halves.lows, halves.highs);
   return highBits(_mm256_cmpeq_epi8(either, _mm256_setzero_si256()));
 }
@@ -156,98 +110,16 @@ inline void storeUnits(const Halves& halves, unsigned char* out) {
 }
 
 template <typename Way>
-inline Progress decodeBytes(const BytesToUnits& table, const unsigned char* in,
-                            const unsigned char* end, unsigned char* out) {
-  while (end - in >= 32) {
-    const Halves halves = Way::halvesOf(table, load(in));
-    if (missing(halves) == 0) {
-      storeUnits(halves, out);
-      in += 32;
-      out += 64;
-      continue;
-    }
-    const Progress progress = scalar::table.bytesToUnits(table, in, in + 32, out);
-    if (progress.in != in + 32) return progress;
-    in = progress.in;
-    out = progress.out;
-  }
-  return scalar::table.bytesToUnits(table, in, end, out);
-}
-
-Progress bytesToUnits(const BytesToUnits& table, const unsigned char* in, const unsigned char* end,
-                      unsigned char* out) {
-  return table.hasAsciiBelow80   ? decodeBytes<AsciiBelow80>(table, in, end, out)
-         : table.hasUnitsFrom100 ? decodeBytes<AnyUnits>(table, in, end, out)
-                                 : decodeBytes<UnitsBelow100>(table, in, end, out);
-}
-
-inline __m128i codesOfUnits(const unsigned char* codes, const unsigned char* in) {
-  const std::uint64_t first = wordAt(in);
-  const std::uint64_t second = wordAt(in + 8);
-  const std::uint64_t third = wordAt(in + 16);
-  const std::uint64_t fourth = wordAt(in + 24);
-  __m128i bytes = _mm_setzero_si128();
-  bytes = _mm_insert_epi8(bytes, entryOf<0>(codes, first), 0);
-  bytes = _mm_insert_epi8(bytes, entryOf<1>(codes, first), 1);
-  bytes = _mm_insert_epi8(bytes, entryOf<2>(codes, first), 2);
-  bytes = _mm_insert_epi8(bytes, entryOf<3>(codes, first), 3);
-  bytes = _mm_insert_epi8(bytes, entryOf<0>(codes, second), 4);
-  bytes = _mm_insert_epi8(bytes, entryOf<1>(codes, second), 5);
-  bytes = _mm_insert_epi8(bytes, entryOf<2>(codes, second), 6);
-  bytes = _mm_insert_epi8(bytes, entryOf<3>(codes, second), 7);
-  bytes = _mm_insert_epi8(bytes, entryOf<0>(codes, third), 8);
-  bytes = _mm_insert_epi8(bytes, entryOf<1>(codes, third), 9);
-  bytes = _mm_insert_epi8(bytes, entryOf<2>(codes, third), 10);
-  bytes = _mm_insert_epi8(bytes, entryOf<3>(codes, third), 11);
-  bytes = _mm_insert_epi8(bytes, entryOf<0>(codes, fourth), 12);
-  bytes = _mm_insert_epi8(bytes, entryOf<1>(codes, fourth), 13);
-  bytes = _mm_insert_epi8(bytes, entryOf<2>(codes, fourth), 14);
-  return _mm_insert_epi8(bytes, entryOf<3>(codes, fourth), 15);
-}
-
-Progress unitsToBytes(const UnitsToBytes& table, const unsigned char* in, const unsigned char* end,
-                      unsigned char* out) {
-  while (end - in >= 32) {
-    const __m128i bytes = codesOfUnits(table.codes, in);
-    if (_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())) == 0) {
-      store(bytes, out);
-      in += 32;
-      out += 16;
-      continue;
-    }
-    const Progress progress = scalar::table.unitsToBytes(table, in, in + 32, out);
-    if (progress.in != in + 32) return progress;
-    in = progress.in;
-    out = progress.out;
-  }
-  return scalar::table.unitsToBytes(table, in, end, out);
-}
-
-// Two bytes.
-
-inline unsigned char* storeCodes(__m128i codes, unsigned char* out) {
-  const __m128i areOne = _mm_cmpeq_epi16(_mm_srli_epi16(codes, 8), _mm_setzero_si128());
-  const auto isOne =
-      static_cast<unsigned int>(_mm_movemask_epi8(_mm_packs_epi16(areOne, _mm_setzero_si128())));
-  store(_mm_shuffle_epi8(codes, oneOrTwo[isOne]), out);
-  return out + 16 - _mm_popcnt_u32(isOne);
-}
-
-Progress unitsToPairs(const UnitsToPairs& table, const unsigned char* in, const unsigned char* end,
-                      unsigned char* out) {
-  while (end - in >= 16) {
-    const __m128i codes = entriesOfNumbers(table.codes, in);
-    if (missing(codes) == 0) {
-      out = storeCodes(codes, out);
-      in += 16;
-      continue;
-    }
-    const Progress progress = scalar::table.unitsToPairs(table, in, in + 16, out);
-    if (progress.in != in + 16) return progress;
-    in = progress.in;
-    out = progress.out;
-  }
-  return scalar::table.unitsToPairs(table, in, end, out);
+inline Progress decodeBytes(const BytesToUnits& table, Position start, const unsigned char* end) {
+  constexpr std::ptrdiff_t length = 32;
+  const auto takeBlock = [&](const Position& at) -> Position {
+    const Halves halves = Way::halvesOf(table, load(at.in));
+    if (missingUnits(halves) != 0) return at;
+    storeUnits(halves, at.out);
+    return {at.in + length, at.out + 2 * length};
+  };
+  return takeBlocks(start, end, length, length, takeBlock,
+                    [&](auto... text) { return scalar::bytesToUnits(table, text...); });
 }
 
 // Multibyte text is decoded in two passes over a piece of it. The first finds
@@ -273,8 +145,7 @@ inline std::uint64_t mayLead(const PairsToUnits& table, const unsigned char* in)
   return bits;
 }
 
-inline unsigned char* storeNumbers(__m128i numbers, unsigned int kept, unsigned char* out) {
-  kept &= 0xFF;
+inline unsigned char* storeEight(__m128i numbers, unsigned int kept, unsigned char* out) {
   store(_mm_shuffle_epi8(numbers, keepers[kept]), out);
   return out + std::ptrdiff_t{2} * _mm_popcnt_u32(kept);
 }
@@ -287,10 +158,7 @@ inline unsigned char* storeNumbers(const unsigned char* in, unsigned int kept, u
   const __m256i next = _mm256_andnot_si256(isAscii, load(in + 1));
   const __m256i even = _mm256_unpacklo_epi8(next, bytes);
   const __m256i odd = _mm256_unpackhi_epi8(next, bytes);
-  out = storeNumbers(lowHalf(even), kept, out);
-  out = storeNumbers(lowHalf(odd), kept >> 8, out);
-  out = storeNumbers(highHalf(even), kept >> 16, out);
-  return storeNumbers(highHalf(odd), kept >> 24, out);
+  return storeQuarters(even, odd, kept, out, storeEight);
 }
 
 // Behind a byte that cannot lead a character always begins, so in each run of
@@ -298,16 +166,21 @@ inline unsigned char* storeNumbers(const unsigned char* in, unsigned int kept, u
 //
 // Takes `blocks` blocks, fewer in front of one that is all ASCII, and with the
 // last one's last byte the byte behind it if that byte is a lead.
-inline Progress findCharacters(const PairsToUnits& table, const unsigned char* in,
-                               std::ptrdiff_t blocks, unsigned char* out) {
-  for (; blocks > 0 && !isAsciiBlock(in); --blocks) {
-    const std::uint64_t leads = leadsOf(mayLead(table, in));
+inline Position findCharacters(const PairsToUnits& table, Position at, std::ptrdiff_t blocks) {
+  for (; blocks > 0 && !isAsciiBlock(at.in); --blocks) {
+    const std::uint64_t leads = leadsOf(mayLead(table, at.in));
     const std::uint64_t kept = ~(leads << 1);
-    out = storeNumbers(in, static_cast<unsigned int>(kept), out);
-    out = storeNumbers(in + blockLength / 2, static_cast<unsigned int>(kept >> 32), out);
-    in += blockLength + static_cast<std::ptrdiff_t>(leads >> 63);
+    at.out = storeNumbers(at.in, static_cast<unsigned int>(kept), at.out);
+    at.out = storeNumbers(at.in + blockLength / 2, static_cast<unsigned int>(kept >> 32), at.out);
+    at.in += blockLength + static_cast<std::ptrdiff_t>(leads >> 63);
   }
-  return {in, out};
+  return at;
+}
+
+inline unsigned int numberAt(const unsigned char* p) {
+  unsigned short number = 0;
+  std::memcpy(&number, p, sizeof number);
+  return number;
 }
 
 // Turns numbers into units and returns the first that has none.
@@ -332,41 +205,44 @@ inline const unsigned char* skipCharacters(const PairsToUnits& table, const unsi
   return in;
 }
 
+}  // namespace
+
+Progress bytesToUnits(const BytesToUnits& table, const unsigned char* in, const unsigned char* end,
+                      unsigned char* out) {
+  const Position start{in, out};
+  return table.hasAsciiBelow80   ? decodeBytes<AsciiBelow80>(table, start, end)
+         : table.hasUnitsFrom100 ? decodeBytes<AnyUnits>(table, start, end)
+                                 : decodeBytes<UnitsBelow100>(table, start, end);
+}
+
 Progress pairsToUnits(const PairsToUnits& table, const unsigned char* in, const unsigned char* stop,
                       const unsigned char* end, unsigned char* out) {
-  if (!table.isLowerAscii) return scalar::table.pairsToUnits(table, in, stop, end, out);
+  if (!table.isLowerAscii) return scalar::pairsToUnits(table, in, stop, end, out);
   // Each character may take the byte behind it too.
   const unsigned char* const last = stop < end ? stop : end - 1;
+  Position at{in, out};
   std::ptrdiff_t blocks = 1;
-  while (last - in >= blockLength) {
-    Progress at = widenBlocks(in, last, out);
-    in = at.in;
-    out = at.out;
+  while (last - at.in >= blockLength) {
+    at = widenBlocks(at, last);
     // A block may take 65 bytes.
-    const std::ptrdiff_t whole = (last - in) / (blockLength + 1);
+    const std::ptrdiff_t whole = (last - at.in) / (blockLength + 1);
     if (whole == 0) break;
-    at = findCharacters(table, in, blocks < whole ? blocks : whole, out);
-    const unsigned char* const mapped = mapNumbers(table.units, out, at.out);
-    if (mapped == at.out) {
-      in = at.in;
-      out = at.out;
+    const Position found = findCharacters(table, at, blocks < whole ? blocks : whole);
+    const unsigned char* const mapped = mapNumbers(table.units, at.out, found.out);
+    if (mapped == found.out) {
+      at = found;
       blocks = blocks < mostBlocks ? 2 * blocks : mostBlocks;
       continue;
     }
-    in = skipCharacters(table, in, (mapped - out) / 2);
-    out += mapped - out;
-    at = scalar::table.pairsToUnits(table, in, in + 1, end, out);
-    if (at.in == in) return at;
-    in = at.in;
-    out = at.out;
+    const std::ptrdiff_t written = mapped - at.out;
+    at = {skipCharacters(table, at.in, written / 2), at.out + written};
+    const Progress one = scalar::pairsToUnits(table, at.in, at.in + 1, end, at.out);
+    if (one.why != Stop::end) return one;
+    at = {one.in, one.out};
     // What is found behind a missing one is found for nothing.
     blocks = 1;
   }
-  return scalar::table.pairsToUnits(table, in, stop, end, out);
+  return scalar::pairsToUnits(table, at.in, stop, end, at.out);
 }
-
-}  // namespace
-
-const Table table{bytesToUnits, pairsToUnits, unitsToBytes, unitsToPairs};
 
 }  // namespace quorvel::kernel::avx2

@@ -1,119 +1,93 @@
+// UTF-16 to UTF-8, unit by unit in the order of what is common; behind a unit of
+// ASCII four at a time as long as there are more.
+
+#include <cstdint>
 #include <cstring>
 
 #include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Loops.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
 #include "quorvel/kernel/Utf8Sequence.hpp"
-#include "quorvel/kernel/Utf8ToUnitsScalar.hpp"
 
 namespace quorvel::kernel::scalar {
 
 namespace {
 
-unsigned char* storeUnit(unsigned int unit, unsigned char* out) {
-  const auto value = static_cast<unsigned short>(unit);
-  std::memcpy(out, &value, sizeof value);
-  return out + sizeof value;
-}
-
-unsigned char* storePair(unsigned int first, unsigned int second, unsigned char* out) {
-  out[0] = static_cast<unsigned char>(first);
-  out[1] = static_cast<unsigned char>(second);
-  return out + 2;
-}
-
-// UTF-16 out of UTF-8.
-struct Sixteen {
-  static constexpr unsigned int bytesPerAscii = 2;
-
-  static unsigned char* putAscii(unsigned int unit, unsigned char* out) {
-    return putUnit(unit, out);
-  }
-
-  static unsigned char* putBasic(unsigned int unit, unsigned char* out) {
-    return storeUnit(unit, out);
-  }
-
-  static unsigned char* putBeyond(char32_t codePoint, unsigned char* out) {
-    const unsigned int units = utf16Units(codePoint);
-    return storeUnit(units >> 16, storeUnit(units & 0xFFFF, out));
-  }
-
-  static void widenRun(const unsigned char* in, unsigned char* out) { quorvel::widenRun(in, out); }
-};
-
-bool areAscii(std::uint64_t units) { return (units & 0xFF80 * inEachUnit) == 0; }
-
 // What no run takes: U+0000 goes, a low surrogate without a high one in front is
 // written as it is, a pair is joined.
 template <bool joinsPairs>
-Progress encodeOne(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  const unsigned int unit = loadUnit(in);
-  if (unit == 0) return {in + 2, out};
-  if (unit == undecidedUnit) return {in, out};
-  if (!isHighSurrogate(unit)) return {in + 2, encodeUtf8(unit, out)};
-  const unsigned int next = joinsPairs && end - in >= 4 ? loadUnit(in + 2) : 0;
-  if (!isLowSurrogate(next)) return {in, out};
-  return {in + 4, encodeUtf8(0x10000 + ((unit & 0x3FF) << 10 | (next & 0x3FF)), out)};
+Progress encodeOne(Position at, const unsigned char* end) {
+  const unsigned int unit = loadUnit(at.in);
+  if (unit == 0) return {at.in + 2, at.out, Stop::end};
+  if (unit == undecidedUnit) return {at.in, at.out, Stop::met};
+  if (!isHighSurrogate(unit)) return {at.in + 2, encodeUtf8(unit, at.out), Stop::end};
+  if (!joinsPairs) return {at.in, at.out, Stop::met};
+  if (end - at.in < 4) return {at.in, at.out, Stop::cutOff};
+  const unsigned int next = loadUnit(at.in + 2);
+  if (!isLowSurrogate(next)) return {at.in, at.out, Stop::met};
+  const char32_t codePoint = 0x10000 + ((unit & 0x3FF) << 10 | (next & 0x3FF));
+  return {at.in + 4, encodeUtf8(codePoint, at.out), Stop::end};
+}
+
+unsigned char* storeTwo(unsigned int unit, unsigned char* out) {
+  out[0] = static_cast<unsigned char>(0xC0 | unit >> 6);
+  out[1] = static_cast<unsigned char>(0x80 | (unit & 0x3F));
+  return out + 2;
 }
 
 // Three bytes, and a fourth that the unit behind has room for.
 unsigned char* storeThree(unsigned int unit, unsigned char* out) {
-  const std::uint32_t bytes =
-      utf8_runs::fourBytes(static_cast<unsigned char>(0xE0 | unit >> 12),
-                           static_cast<unsigned char>(0x80 | (unit >> 6 & 0x3F)),
-                           static_cast<unsigned char>(0x80 | (unit & 0x3F)), 0);
+  const std::uint32_t bytes = 0x8080E0U | unit >> 12 | (unit << 2 & 0x3F00) | (unit & 0x3F) << 16;
   std::memcpy(out, &bytes, sizeof bytes);
   return out + 3;
 }
 
-bool areAsciiWithoutNul(const unsigned char* in) {
-  const std::uint64_t units = loadRun(in);
-  return areAscii(units) && !hasZeroUnit(units);
+Position narrowRuns(Position at, const unsigned char* end) {
+  while (end - at.in >= runLength) {
+    const std::uint64_t units = loadRun(at.in);
+    if (!areAsciiUnits(units) || hasZeroUnit(units)) break;
+    for (std::ptrdiff_t i = 0; i < runLength; i += 2) {
+      *at.out++ = static_cast<unsigned char>(loadUnit(at.in + i));
+    }
+    at.in += runLength;
+  }
+  return at;
 }
 
 template <bool joinsPairs>
-Progress encodeUnits(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  while (end - in >= 4) {
-    const unsigned int unit = loadUnit(in);
+Progress encode(Position at, const unsigned char* end) {
+  while (end - at.in >= 4) {
+    const unsigned int unit = loadUnit(at.in);
     if (unit - 0x80 < 0x780) {
-      out = storePair(0xC0 | unit >> 6, 0x80 | (unit & 0x3F), out);
-      in += 2;
+      at = {at.in + 2, storeTwo(unit, at.out)};
     } else if (unit - 0x800 < 0xD000) {
-      out = storeThree(unit, out);
-      in += 2;
+      at = {at.in + 2, storeThree(unit, at.out)};
     } else if (unit - 1 < 0x7F) {
-      *out++ = static_cast<unsigned char>(unit);
-      in += 2;
-      while (end - in >= runLength && areAsciiWithoutNul(in)) {
-        for (std::ptrdiff_t i = 0; i < runLength; i += 2) {
-          *out++ = static_cast<unsigned char>(loadUnit(in + i));
-        }
-        in += runLength;
-      }
+      *at.out++ = static_cast<unsigned char>(unit);
+      at = narrowRuns({at.in + 2, at.out}, end);
     } else {
-      const Progress progress = encodeOne<joinsPairs>(in, end, out);
-      if (progress.in == in) return progress;
-      in = progress.in;
-      out = progress.out;
+      const Progress one = encodeOne<joinsPairs>(at, end);
+      if (one.why != Stop::end) return one;
+      at = {one.in, one.out};
     }
   }
-  return end - in >= 2 ? encodeOne<joinsPairs>(in, end, out) : Progress{in, out};
+  if (end - at.in >= 2) {
+    const Progress one = encodeOne<joinsPairs>(at, end);
+    if (one.why != Stop::end) return one;
+    at = {one.in, one.out};
+  }
+  return {at.in, at.out, at.in == end ? Stop::end : Stop::cutOff};
 }
 
 }  // namespace
 
-Progress utf8ToUtf16(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  return utf8_runs::decode<Sixteen>(in, end, out);
-}
-
 Progress utf16ToUtf8(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  return encodeUnits<true>(in, end, out);
+  return encode<true>({in, out}, end);
 }
 
 Progress utf16ToUtf8WithoutPairs(const unsigned char* in, const unsigned char* end,
                                  unsigned char* out) {
-  return encodeUnits<false>(in, end, out);
+  return encode<false>({in, out}, end);
 }
 
 }  // namespace quorvel::kernel::scalar

@@ -1,5 +1,11 @@
 #pragma once
 
+// Decodes UTF-8 in runs of characters of one length, whatever it becomes: text
+// rarely changes script, so the branch of the last character is mostly that of the
+// next. `Form` writes what becomes of a character and returns the position behind
+// it: `putBasic` a code point up to U+FFFF, `putBeyond` any other, `widenRun` eight
+// bytes of ASCII, each of which becomes `bytesPerAscii`.
+
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -9,14 +15,11 @@
 #include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Progress.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
+#include "quorvel/kernel/Utf8Sequence.hpp"
 
-/// Decodes UTF-8 in runs of characters of one length, whatever it becomes. `Form`
-/// writes that and returns the position behind it: `putBasic` a code point up to
-/// U+FFFF, `putBeyond` any other, `widenRun` eight bytes of ASCII, each of which
-/// becomes `bytesPerAscii`.
-namespace quorvel::kernel::utf8_runs {
+namespace quorvel::kernel::scalar::utf8_to_units {
 
-// Four bytes as a number in host order.
+// Four bytes as the number that loading them gives.
 constexpr std::uint32_t fourBytes(unsigned char a, unsigned char b, unsigned char c,
                                   unsigned char d) {
   return std::bit_cast<std::uint32_t>(std::array{a, b, c, d});
@@ -40,7 +43,8 @@ inline unsigned int joinFour(const unsigned char* in) {
   return (in[0] & 0x07U) << 18 | (in[1] & 0x3FU) << 12 | (in[2] & 0x3FU) << 6 | (in[3] & 0x3FU);
 }
 
-// The forms of characters as masks over their bytes and one that follows them.
+// The forms of characters as masks over their bytes and one that follows them: of
+// E3 81 82 61 the mask F0 C0 C0 00 leaves E0 80 80 00, which three bytes have.
 
 inline bool isTwo(std::uint32_t bytes) {
   return (bytes & fourBytes(0xE0, 0xC0, 0x00, 0x00)) == fourBytes(0xC0, 0x80, 0x00, 0x00);
@@ -58,33 +62,33 @@ inline bool isFour(std::uint32_t bytes) {
 // byte follows them, or is part of them.
 
 template <typename Form>
-Progress decodeTwos(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  for (; end - in >= 4 && isTwo(loadFour(in)); in += 2) {
-    const unsigned int unit = joinTwo(in);
+Position decodeTwos(Position at, const unsigned char* end) {
+  for (; end - at.in >= 4 && isTwo(loadFour(at.in)); at.in += 2) {
+    const unsigned int unit = joinTwo(at.in);
     if (unit < 0x80) break;
-    out = Form::putBasic(unit, out);
+    at.out = Form::putBasic(unit, at.out);
   }
-  return {in, out};
+  return at;
 }
 
 template <typename Form>
-Progress decodeThrees(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  for (; end - in >= 4 && isThree(loadFour(in)); in += 3) {
-    const unsigned int unit = joinThree(in);
+Position decodeThrees(Position at, const unsigned char* end) {
+  for (; end - at.in >= 4 && isThree(loadFour(at.in)); at.in += 3) {
+    const unsigned int unit = joinThree(at.in);
     if (unit < 0x800 || isSurrogate(unit)) break;
-    out = Form::putBasic(unit, out);
+    at.out = Form::putBasic(unit, at.out);
   }
-  return {in, out};
+  return at;
 }
 
 template <typename Form>
-Progress decodeFours(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  for (; end - in >= 4 && isFour(loadFour(in)); in += 4) {
-    const unsigned int codePoint = joinFour(in);
+Position decodeFours(Position at, const unsigned char* end) {
+  for (; end - at.in >= 4 && isFour(loadFour(at.in)); at.in += 4) {
+    const unsigned int codePoint = joinFour(at.in);
     if (codePoint - 0x10000 >= 0x100000) break;
-    out = Form::putBeyond(codePoint, out);
+    at.out = Form::putBeyond(codePoint, at.out);
   }
-  return {in, out};
+  return at;
 }
 
 // As `loadFour`, with zeros for the bytes from `end` on: none of them goes on
@@ -96,51 +100,52 @@ inline std::uint32_t loadUpToFour(const unsigned char* p, const unsigned char* e
   return loadFour(bytes);
 }
 
+// Takes the character at `at.in`, which is no ASCII; or nothing.
 template <typename Form>
-Progress decodeOne(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  if (*in < 0x80) return {in + 1, Form::putAscii(*in, out)};
-  const std::uint32_t bytes = loadUpToFour(in, end);
+Position decodeOne(Position at, const unsigned char* end) {
+  const std::uint32_t bytes = loadUpToFour(at.in, end);
   if (isTwo(bytes)) {
-    const unsigned int unit = joinTwo(in);
-    return unit < 0x80 ? Progress{in, out} : Progress{in + 2, Form::putBasic(unit, out)};
+    const unsigned int unit = joinTwo(at.in);
+    return unit < 0x80 ? at : Position{at.in + 2, Form::putBasic(unit, at.out)};
   }
   if (isThree(bytes)) {
-    const unsigned int unit = joinThree(in);
-    if (unit < 0x800 || isSurrogate(unit)) return {in, out};
-    return {in + 3, Form::putBasic(unit, out)};
+    const unsigned int unit = joinThree(at.in);
+    if (unit < 0x800 || isSurrogate(unit)) return at;
+    return {at.in + 3, Form::putBasic(unit, at.out)};
   }
-  const bool isBeyond = isFour(bytes) && joinFour(in) - 0x10000 < 0x100000;
-  return isBeyond ? Progress{in + 4, Form::putBeyond(joinFour(in), out)} : Progress{in, out};
+  const bool isBeyond = isFour(bytes) && joinFour(at.in) - 0x10000 < 0x100000;
+  return isBeyond ? Position{at.in + 4, Form::putBeyond(joinFour(at.in), at.out)} : at;
 }
 
 template <typename Form>
-Progress decode(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  while (in != end) {
-    while (end - in >= runLength && isAsciiRun(in)) {
-      Form::widenRun(in, out);
-      in += runLength;
-      out += Form::bytesPerAscii * runLength;
-    }
-    if (end - in >= runLength) {
-      const unsigned int count = countAscii(in);
-      Form::widenRun(in, out);
-      in += count;
-      out += std::size_t{Form::bytesPerAscii} * count;
-    } else {
-      while (in != end && *in < 0x80) out = Form::putAscii(*in++, out);
-    }
-    if (in == end) break;
-    Progress progress = *in < 0xE0   ? decodeTwos<Form>(in, end, out)
-                        : *in < 0xF0 ? decodeThrees<Form>(in, end, out)
-                                     : decodeFours<Form>(in, end, out);
-    if (progress.in == in) {
-      progress = decodeOne<Form>(in, end, out);
-      if (progress.in == in) break;
-    }
-    in = progress.in;
-    out = progress.out;
+Position decodeAscii(Position at, const unsigned char* end) {
+  at = takeRuns<Form::bytesPerAscii>(at, end, isAsciiRun, Form::widenRun);
+  if (end - at.in >= runLength) {
+    const unsigned int count = countAscii(at.in);
+    Form::widenRun(at.in, at.out);
+    return {at.in + count, at.out + std::size_t{Form::bytesPerAscii} * count};
   }
-  return {in, out};
+  for (; at.in != end && *at.in < 0x80; ++at.in) at.out = Form::putBasic(*at.in, at.out);
+  return at;
 }
 
-}  // namespace quorvel::kernel::utf8_runs
+template <typename Form>
+Progress decode(Position at, const unsigned char* end) {
+  while (at.in != end) {
+    at = decodeAscii<Form>(at, end);
+    if (at.in == end) break;
+    Position next = *at.in < 0xE0   ? decodeTwos<Form>(at, end)
+                    : *at.in < 0xF0 ? decodeThrees<Form>(at, end)
+                                    : decodeFours<Form>(at, end);
+    if (next.in == at.in) {
+      next = decodeOne<Form>(at, end);
+      if (next.in == at.in) {
+        return {at.in, at.out, isCutOff(at.in, end) ? Stop::cutOff : Stop::met};
+      }
+    }
+    at = next;
+  }
+  return {at.in, at.out, Stop::end};
+}
+
+}  // namespace quorvel::kernel::scalar::utf8_to_units

@@ -46,14 +46,14 @@ Progress decodeMultiBytes(const HashConvert& table, const unsigned char* in,
       continue;
     }
     const unsigned int unit = table.m_byteToUnicode[*in];
-    if (unit == 0 && !(isLast && *in == 0)) break;
+    if (unit == 0 && !(isLast && *in == 0)) return {in, out, Stop::met};
     out = putUnit(isLast && *in == 0 ? 0 : unit, out);
     ++in;
   }
-  return {in, out};
+  return {in, out, Stop::end};
 }
 
-Progress encodeOneUnit(const HashConvert& table, const unsigned char* in, unsigned char* out) {
+Position encodeOneUnit(const HashConvert& table, const unsigned char* in, unsigned char* out) {
   if (in[1] == 0 && in[0] < 0x80 && table.get_IsLowerAscii()) {
     *out++ = in[0];
     return {in + 2, out};
@@ -68,13 +68,13 @@ Progress encodeOneUnit(const HashConvert& table, const unsigned char* in, unsign
 Progress encodeUnits(const HashConvert& table, const unsigned char* in, const unsigned char* end,
                      unsigned char* out) {
   while (end - in >= 2) {
-    if ((in[0] | in[1] << 8) == kernel::rawBytesUnit) break;
-    const Progress progress = encodeOneUnit(table, in, out);
-    if (progress.in == in) break;
-    in = progress.in;
-    out = progress.out;
+    if (loadUnit(in) == kernel::rawBytesUnit) return {in, out, Stop::met};
+    const Position next = encodeOneUnit(table, in, out);
+    if (next.in == in) return {in, out, Stop::met};
+    in = next.in;
+    out = next.out;
   }
-  return {in, out};
+  return {in, out, in == end ? Stop::end : Stop::cutOff};
 }
 
 }  // namespace quorvel

@@ -23,6 +23,6 @@ Progress encodeUnits(const HashConvert& table, const unsigned char* in, const un
                      unsigned char* out);
 
 /// As `encodeUnits` for the one unit at `in`, whichever it is.
-Progress encodeOneUnit(const HashConvert& table, const unsigned char* in, unsigned char* out);
+Position encodeOneUnit(const HashConvert& table, const unsigned char* in, unsigned char* out);
 
 }  // namespace quorvel

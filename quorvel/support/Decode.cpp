@@ -65,14 +65,14 @@ const unsigned char* decodeSingleByteText(EncodingConvert& converter, const Deco
 
 const unsigned char* decodeByTable(EncodingConvert& converter, const ToUnicodeTable& table,
                                    const SourcePart& part, DataBuffer& out, LogBase& log) {
-  const kernel::Table& loops = kernel::table();
+  const kernel::Loops& loops = kernel::loops();
   if (table.bytes) {
-    const auto decode = [loop = loops.bytesToUnits, &bytes = *table.bytes](auto... text) {
+    const auto decode = [&loop = loops.bytesToUnits, &bytes = *table.bytes](auto... text) {
       return loop(bytes, text...);
     };
     return decodeSingleByteText(converter, decode, part, out, log);
   }
-  const auto decode = [loop = loops.pairsToUnits, &pairs = *table.pairs](auto... text) {
+  const auto decode = [&loop = loops.pairsToUnits, &pairs = *table.pairs](auto... text) {
     return loop(pairs, text...);
   };
   return decodeText(converter, decode, 2, part, out, log);

@@ -79,8 +79,8 @@ void handleUnmapped(EncodingConvert& converter, const unsigned char* unit, DataB
 bool encodeOne(EncodingConvert& converter, const HashConvert& table, const unsigned char* in,
                bool& isWhole, DataBuffer& out, LogBase& log) {
   unsigned char bytes[HashConvert::mostValueBytes];
-  const Progress progress = encodeOneUnit(table, in, bytes);
-  if (progress.in != in) return out.append(bytes, static_cast<unsigned int>(progress.out - bytes));
+  const Position next = encodeOneUnit(table, in, bytes);
+  if (next.in != in) return out.append(bytes, static_cast<unsigned int>(next.out - bytes));
   converter.m_hadError = true;
   isWhole = false;
   handleUnmapped(converter, in, out, log);
@@ -121,13 +121,13 @@ auto probing(const HashConvert& table) {
 }
 
 auto toBytes(const FromUnicodeTable& table) {
-  return [loop = kernel::table().unitsToBytes, &bytes = *table.bytes](auto... text) {
+  return [&loop = kernel::loops().unitsToBytes, &bytes = *table.bytes](auto... text) {
     return loop(bytes, text...);
   };
 }
 
 auto toPairs(const FromUnicodeTable& table) {
-  return [loop = kernel::table().unitsToPairs, &pairs = *table.pairs](auto... text) {
+  return [&loop = kernel::loops().unitsToPairs, &pairs = *table.pairs](auto... text) {
     return loop(pairs, text...);
   };
 }
