@@ -16,7 +16,7 @@ namespace {
 
 // Writes the first digits of 48 bits.
 unsigned char* putDigits(std::uint64_t bits, std::ptrdiff_t numDigits, unsigned char* out) {
-  for (; numDigits > 0; --numDigits, bits <<= 6) *out++ = utf7::digitOf(bits >> 42);
+  for (std::ptrdiff_t i = 0; i < numDigits; ++i, bits <<= 6) *out++ = utf7::digitOf(bits >> 42);
   return out;
 }
 
@@ -35,18 +35,17 @@ Units loadUnits(const unsigned char* in, const unsigned char* end) {
   return units;
 }
 
-// Ends the run in front of a direct unit.
-Position closeRun(Position at, Utf7Writing& run) {
-  at.out = utf7::endRun(run, at.out);
-  if (utf7::needsHyphen(loadUnit(at.in))) *at.out++ = '-';
-  return at;
+unsigned char* putHyphen(unsigned int direct, unsigned char* out) {
+  if (utf7::needsHyphen(direct)) *out++ = '-';
+  return out;
 }
 
-// Takes single units until no bits are left over or the run ends.
-Position takeUnits(Position at, const unsigned char* end, Utf7Writing& run) {
+// An earlier piece of the text may have ended inside of a group of three units: takes
+// single ones until no bits are left over or the run ends.
+Position finishGroup(Position at, const unsigned char* end, Utf7Writing& run) {
   while (run.bitCount != 0 && end - at.in >= 2) {
     const unsigned int unit = loadUnit(at.in);
-    if (utf7::isDirect(unit)) return closeRun(at, run);
+    if (utf7::isDirect(unit)) return {at.in, putHyphen(unit, utf7::endRun(run, at.out))};
     at.in += 2;
     run.bits = run.bits << 16 | unit;
     for (run.bitCount += 16; run.bitCount >= 6;) {
@@ -71,14 +70,18 @@ Position takeLast(Position at, const Units& units, Utf7Writing& run) {
 
 // Writes units up to the direct one behind the run, or the end.
 Position takeRun(Position at, const unsigned char* end, Utf7Writing& run) {
-  at = takeUnits(at, end, run);
-  while (run.isOpen && end - at.in >= 2) {
+  while (end - at.in >= 2) {
     const Units units = loadUnits(at.in, end);
     const unsigned char* next = at.in + 2 * units.count;
-    if (units.count != 3 && end - next < 2) return takeLast(at, units, run);
-    const std::ptrdiff_t numDigits = units.count == 3 ? 8 : 3 * units.count;
-    at = {next, putDigits(units.bits, numDigits, at.out)};
-    if (units.count != 3) at = closeRun(at, run);
+    if (units.count == 3) {
+      at = {next, putDigits(units.bits, 8, at.out)};
+    } else if (end - next < 2) {
+      return takeLast(at, units, run);
+    } else {
+      run.isOpen = false;
+      at.out = putDigits(units.bits, 3 * units.count, at.out);
+      return {next, putHyphen(loadUnit(next), at.out)};
+    }
   }
   return at;
 }
@@ -108,10 +111,11 @@ Position takeDirect(Position at, const unsigned char* end) {
 Progress utf16ToUtf7(const unsigned char* in, const unsigned char* end, unsigned char* out,
                      Utf7Writing& run) {
   Position at{in, out};
+  if (run.bitCount != 0) at = finishGroup(at, end, run);
   while (end - at.in >= 2) {
     if (run.isOpen) {
       at = takeRun(at, end, run);
-      continue;
+      if (run.isOpen) break;
     }
     at = takeDirect(at, end);
     if (end - at.in < 2) break;

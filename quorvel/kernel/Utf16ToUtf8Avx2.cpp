@@ -214,19 +214,22 @@ inline Progress encodeBlocks(Position at, const unsigned char* stop, Loop& byUni
 }
 
 template <bool joinsPairs>
-inline Progress encode(Position at, const unsigned char* end, Loop& byUnit) {
-  if (end - at.in < leastBytes) return byUnit(at.in, end, at.out);
+inline Progress encode(const unsigned char* in, const unsigned char* end, unsigned char* out,
+                       Loop& byUnit) {
+  if (end - in < leastBytes) return byUnit(in, end, out);
   const unsigned char* const last = end - spareLength;
-  while (last - at.in >= stretchLength) {
-    if (unsigned char* const written = encodeStretch(at.in, at.out)) {
-      at = {at.in + stretchLength, written};
+  while (last - in >= stretchLength) {
+    if (unsigned char* const written = encodeStretch(in, out)) {
+      in += stretchLength;
+      out = written;
       continue;
     }
-    const Progress blocks = encodeBlocks<joinsPairs>(at, at.in + stretchLength, byUnit);
+    const Progress blocks = encodeBlocks<joinsPairs>({in, out}, in + stretchLength, byUnit);
     if (blocks.why == Stop::met) return blocks;
-    at = {blocks.in, blocks.out};
+    in = blocks.in;
+    out = blocks.out;
   }
-  const Progress blocks = encodeBlocks<joinsPairs>(at, last, byUnit);
+  const Progress blocks = encodeBlocks<joinsPairs>({in, out}, last, byUnit);
   if (blocks.why == Stop::met) return blocks;
   return byUnit(blocks.in, end, blocks.out);
 }
@@ -234,12 +237,12 @@ inline Progress encode(Position at, const unsigned char* end, Loop& byUnit) {
 }  // namespace
 
 Progress utf16ToUtf8(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  return encode<true>({in, out}, end, scalar::utf16ToUtf8);
+  return encode<true>(in, end, out, scalar::utf16ToUtf8);
 }
 
 Progress utf16ToUtf8WithoutPairs(const unsigned char* in, const unsigned char* end,
                                  unsigned char* out) {
-  return encode<false>({in, out}, end, scalar::utf16ToUtf8WithoutPairs);
+  return encode<false>(in, end, out, scalar::utf16ToUtf8WithoutPairs);
 }
 
 }  // namespace quorvel::kernel::avx2

@@ -15,29 +15,32 @@ namespace {
 constexpr std::ptrdiff_t unitsPerRun = 4;
 
 // Writes units of ASCII as long as there are four of them.
-Position narrowRuns(Position at, const unsigned char* end) {
+Position narrowRuns(const unsigned char* in, const unsigned char* end, unsigned char* out) {
   constexpr std::uint64_t others = 0xFFFFFF80FFFFFF80U;
-  while (end - at.in >= unitsPerRun * utf32UnitLength) {
-    if (((loadRun(at.in) | loadRun(at.in + runLength)) & others) != 0) break;
+  while (end - in >= unitsPerRun * utf32UnitLength) {
+    if (((loadRun(in) | loadRun(in + runLength)) & others) != 0) break;
     for (std::ptrdiff_t i = 0; i < unitsPerRun; ++i) {
-      *at.out++ = static_cast<unsigned char>(loadUtf32(at.in + i * utf32UnitLength));
+      *out++ = static_cast<unsigned char>(loadUtf32(in + i * utf32UnitLength));
     }
-    at.in += unitsPerRun * utf32UnitLength;
+    in += unitsPerRun * utf32UnitLength;
   }
-  return at;
+  return {in, out};
 }
 
 }  // namespace
 
 Progress utf32ToUtf8(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  Position at{in, out};
-  while (end - at.in >= utf32UnitLength) {
-    const char32_t unit = loadUtf32(at.in);
-    if (!isScalarValue(unit)) return {at.in, at.out, Stop::met};
-    at = {at.in + utf32UnitLength, encodeUtf8(unit, at.out)};
-    if (unit < 0x80) at = narrowRuns(at, end);
+  while (end - in >= utf32UnitLength) {
+    const char32_t unit = loadUtf32(in);
+    if (!isScalarValue(unit)) return {in, out, Stop::met};
+    out = encodeUtf8(unit, out);
+    in += utf32UnitLength;
+    if (unit >= 0x80) continue;
+    const Position at = narrowRuns(in, end, out);
+    in = at.in;
+    out = at.out;
   }
-  return {at.in, at.out, at.in == end ? Stop::end : Stop::cutOff};
+  return {in, out, in == end ? Stop::end : Stop::cutOff};
 }
 
 }  // namespace quorvel::kernel::scalar

@@ -86,19 +86,15 @@ Position takeDigits(Position at, const unsigned char* end, Utf7Reading& run) {
   return at;
 }
 
-// All digits of a run.
+// All digits of a run with no bits left over, and those of an earlier piece.
 Position takeRun(Position at, const unsigned char* end, Utf7Reading& run) {
-  while (true) {
-    if (run.bitCount == 0) {
-      while (end - at.in >= digitsPerGroup && putGroup(at.in, at.out)) {
-        run.hasDigits = true;
-        at = {at.in + digitsPerGroup, at.out + bytesPerGroup};
-      }
-    }
-    const unsigned char* begin = at.in;
-    at = takeDigits(at, end, run);
-    if (at.in == begin || at.in == end || run.bitCount != 0) return at;
+  if (run.bitCount != 0) at = takeDigits(at, end, run);
+  const unsigned char* begin = at.in;
+  while (end - at.in >= digitsPerGroup && run.bitCount == 0 && putGroup(at.in, at.out)) {
+    at = {at.in + digitsPerGroup, at.out + bytesPerGroup};
   }
+  run.hasDigits = run.hasDigits || at.in != begin;
+  return run.bitCount == 0 ? takeDigits(at, end, run) : at;
 }
 
 // Ends the run in front of a byte that is no digit, and takes that if it is the

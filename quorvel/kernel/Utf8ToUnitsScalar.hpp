@@ -15,7 +15,6 @@
 #include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Progress.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
-#include "quorvel/kernel/Utf8Sequence.hpp"
 
 namespace quorvel::kernel::scalar::utf8_to_units {
 
@@ -62,33 +61,33 @@ inline bool isFour(std::uint32_t bytes) {
 // byte follows them, or is part of them.
 
 template <typename Form>
-Position decodeTwos(Position at, const unsigned char* end) {
-  for (; end - at.in >= 4 && isTwo(loadFour(at.in)); at.in += 2) {
-    const unsigned int unit = joinTwo(at.in);
+Position decodeTwos(const unsigned char* in, const unsigned char* end, unsigned char* out) {
+  for (; end - in >= 4 && isTwo(loadFour(in)); in += 2) {
+    const unsigned int unit = joinTwo(in);
     if (unit < 0x80) break;
-    at.out = Form::putBasic(unit, at.out);
+    out = Form::putBasic(unit, out);
   }
-  return at;
+  return {in, out};
 }
 
 template <typename Form>
-Position decodeThrees(Position at, const unsigned char* end) {
-  for (; end - at.in >= 4 && isThree(loadFour(at.in)); at.in += 3) {
-    const unsigned int unit = joinThree(at.in);
+Position decodeThrees(const unsigned char* in, const unsigned char* end, unsigned char* out) {
+  for (; end - in >= 4 && isThree(loadFour(in)); in += 3) {
+    const unsigned int unit = joinThree(in);
     if (unit < 0x800 || isSurrogate(unit)) break;
-    at.out = Form::putBasic(unit, at.out);
+    out = Form::putBasic(unit, out);
   }
-  return at;
+  return {in, out};
 }
 
 template <typename Form>
-Position decodeFours(Position at, const unsigned char* end) {
-  for (; end - at.in >= 4 && isFour(loadFour(at.in)); at.in += 4) {
-    const unsigned int codePoint = joinFour(at.in);
+Position decodeFours(const unsigned char* in, const unsigned char* end, unsigned char* out) {
+  for (; end - in >= 4 && isFour(loadFour(in)); in += 4) {
+    const unsigned int codePoint = joinFour(in);
     if (codePoint - 0x10000 >= 0x100000) break;
-    at.out = Form::putBeyond(codePoint, at.out);
+    out = Form::putBeyond(codePoint, out);
   }
-  return at;
+  return {in, out};
 }
 
 // As `loadFour`, with zeros for the bytes from `end` on: none of them goes on
@@ -100,52 +99,55 @@ inline std::uint32_t loadUpToFour(const unsigned char* p, const unsigned char* e
   return loadFour(bytes);
 }
 
-// Takes the character at `at.in`, which is no ASCII; or nothing.
+// Takes the character at `in`, which is no ASCII; or nothing.
 template <typename Form>
-Position decodeOne(Position at, const unsigned char* end) {
-  const std::uint32_t bytes = loadUpToFour(at.in, end);
+Position decodeOne(const unsigned char* in, const unsigned char* end, unsigned char* out) {
+  const std::uint32_t bytes = loadUpToFour(in, end);
   if (isTwo(bytes)) {
-    const unsigned int unit = joinTwo(at.in);
-    return unit < 0x80 ? at : Position{at.in + 2, Form::putBasic(unit, at.out)};
+    const unsigned int unit = joinTwo(in);
+    return unit < 0x80 ? Position{in, out} : Position{in + 2, Form::putBasic(unit, out)};
   }
   if (isThree(bytes)) {
-    const unsigned int unit = joinThree(at.in);
-    if (unit < 0x800 || isSurrogate(unit)) return at;
-    return {at.in + 3, Form::putBasic(unit, at.out)};
+    const unsigned int unit = joinThree(in);
+    if (unit < 0x800 || isSurrogate(unit)) return {in, out};
+    return {in + 3, Form::putBasic(unit, out)};
   }
-  const bool isBeyond = isFour(bytes) && joinFour(at.in) - 0x10000 < 0x100000;
-  return isBeyond ? Position{at.in + 4, Form::putBeyond(joinFour(at.in), at.out)} : at;
+  const bool isBeyond = isFour(bytes) && joinFour(in) - 0x10000 < 0x100000;
+  return isBeyond ? Position{in + 4, Form::putBeyond(joinFour(in), out)} : Position{in, out};
 }
 
-template <typename Form>
-Position decodeAscii(Position at, const unsigned char* end) {
-  at = takeRuns<Form::bytesPerAscii>(at, end, isAsciiRun, Form::widenRun);
-  if (end - at.in >= runLength) {
-    const unsigned int count = countAscii(at.in);
-    Form::widenRun(at.in, at.out);
-    return {at.in + count, at.out + std::size_t{Form::bytesPerAscii} * count};
-  }
-  for (; at.in != end && *at.in < 0x80; ++at.in) at.out = Form::putBasic(*at.in, at.out);
-  return at;
-}
+// Out of line, so that the compiler sees only the loop below when it lays out its
+// registers and what it inlines.
+Stop whyStoppedAt(const unsigned char* in, const unsigned char* end);
 
 template <typename Form>
-Progress decode(Position at, const unsigned char* end) {
-  while (at.in != end) {
-    at = decodeAscii<Form>(at, end);
-    if (at.in == end) break;
-    Position next = *at.in < 0xE0   ? decodeTwos<Form>(at, end)
-                    : *at.in < 0xF0 ? decodeThrees<Form>(at, end)
-                                    : decodeFours<Form>(at, end);
-    if (next.in == at.in) {
-      next = decodeOne<Form>(at, end);
-      if (next.in == at.in) {
-        return {at.in, at.out, isCutOff(at.in, end) ? Stop::cutOff : Stop::met};
-      }
+Progress decode(const unsigned char* in, const unsigned char* end, unsigned char* out) {
+  while (in != end) {
+    while (end - in >= runLength && isAsciiRun(in)) {
+      Form::widenRun(in, out);
+      in += runLength;
+      out += Form::bytesPerAscii * runLength;
     }
-    at = next;
+    if (end - in >= runLength) {
+      const unsigned int count = countAscii(in);
+      Form::widenRun(in, out);
+      in += count;
+      out += std::size_t{Form::bytesPerAscii} * count;
+    } else {
+      while (in != end && *in < 0x80) out = Form::putBasic(*in++, out);
+    }
+    if (in == end) break;
+    Position next = *in < 0xE0   ? decodeTwos<Form>(in, end, out)
+                    : *in < 0xF0 ? decodeThrees<Form>(in, end, out)
+                                 : decodeFours<Form>(in, end, out);
+    if (next.in == in) {
+      next = decodeOne<Form>(in, end, out);
+      if (next.in == in) break;
+    }
+    in = next.in;
+    out = next.out;
   }
-  return {at.in, at.out, Stop::end};
+  return {in, out, whyStoppedAt(in, end)};
 }
 
 }  // namespace quorvel::kernel::scalar::utf8_to_units

@@ -26,7 +26,7 @@ struct Sixteen {
 }  // namespace
 
 Progress utf8ToUtf16(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  return utf8_to_units::decode<Sixteen>({in, out}, end);
+  return utf8_to_units::decode<Sixteen>(in, end, out);
 }
 
 }  // namespace quorvel::kernel::scalar

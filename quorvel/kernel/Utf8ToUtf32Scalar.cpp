@@ -30,7 +30,7 @@ struct ThirtyTwo {
 }  // namespace
 
 Progress utf8ToUtf32(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  return utf8_to_units::decode<ThirtyTwo>({in, out}, end);
+  return utf8_to_units::decode<ThirtyTwo>(in, end, out);
 }
 
 }  // namespace quorvel::kernel::scalar

@@ -1,3 +1,5 @@
+// UTF-16 and UTF-32 in the other byte order, appended.
+
 #include "quorvel/unicode/ByteOrder.hpp"
 
 namespace quorvel {
