@@ -32,7 +32,7 @@ struct CopyLoop {
     at = start;
     const auto length = static_cast<std::size_t>(end - in);
     std::memcpy(room, in, length);
-    return {end, room + length};
+    return {end, room + length, quorvel::Stop::end};
   }
 };
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "quorvel/kernel/Loops.hpp"
 #include "quorvel/pages/FlatTables.hpp"
 #include "quorvel/pages/TableLoops.hpp"
 #include "tests/helpers/Bytes.h"
@@ -43,12 +44,12 @@ std::string encoded(const FromUnicodeTable& table, const Run& run, std::string_v
   const auto add = [&](const std::string& more) { result += (result.empty() ? "" : " ") + more; };
   while (end - in >= 2) {
     unsigned char out[100];
-    Progress progress = run(in, end, out);
+    const Progress progress = run(in, end, out);
     if (progress.out != out) add(hex(out, static_cast<std::size_t>(progress.out - out)));
     in = progress.in;
     if (end - in < 2) break;
-    progress = encodeWhereStopped(table, in, out);
-    add(progress.in == in ? "-" : hex(out, static_cast<std::size_t>(progress.out - out)));
+    const Position next = encodeWhereStopped(table, in, out);
+    add(next.in == in ? "-" : hex(out, static_cast<std::size_t>(next.out - out)));
     in += 2;
   }
   return result;
@@ -58,7 +59,7 @@ std::string encodedBytes(const UnicodeToBytes& table, std::string_view units) {
   return encoded(
       table,
       [&](const unsigned char* in, const unsigned char* end, unsigned char* out) {
-        return kernel::scalar::table.unitsToBytes(table.flat, in, end, out);
+        return kernel::scalar::unitsToBytes(table.flat, in, end, out);
       },
       units);
 }
@@ -67,7 +68,7 @@ std::string encodedPairs(const UnicodeToPairs& table, std::string_view units) {
   return encoded(
       table,
       [&](const unsigned char* in, const unsigned char* end, unsigned char* out) {
-        return kernel::scalar::table.unitsToPairs(table.flat, in, end, out);
+        return kernel::scalar::unitsToPairs(table.flat, in, end, out);
       },
       units);
 }

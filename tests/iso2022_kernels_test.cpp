@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -14,9 +15,10 @@
 namespace quorvel {
 namespace {
 
-using kernel::Iso2022;
+using kernel::Iso2022JpReading;
 using kernel::JapaneseSet;
-using kernel::Target;
+using kernel::Loops;
+using kernel::StatefulLoop;
 using test_kernels::Converted;
 using test_kernels::targetName;
 using test_text::below;
@@ -73,21 +75,30 @@ Converted fromKsc(const unsigned char* in, std::size_t size) {
 template <typename State>
 using Direction = test_kernels::StatefulDirection<State>;
 
-template <auto loop>
-auto loopOf(Target target) {
-  return kernel::iso2022Of(target).*loop;
-}
-
-constexpr Direction<JapaneseSet> readJp{"jisToShiftJis", loopOf<&Iso2022::jisToShiftJis>, 1,
-                                        toShiftJis, expectedToShiftJis};
-constexpr Direction<JapaneseSet> writeJp{"shiftJisToJis", loopOf<&Iso2022::shiftJisToJis>, 4,
-                                         fromShiftJis, expectedFromShiftJis};
-constexpr Direction<bool> readKr{"isoToKsc", loopOf<&Iso2022::isoToKsc>, 1, toKsc, expectedToKsc};
-constexpr Direction<bool> writeKr{"kscToIso", loopOf<&Iso2022::kscToIso>, 2, fromKsc,
-                                  expectedFromKsc};
+constexpr Direction<Iso2022JpReading> readJp{
+    "iso2022JpToShiftJis",
+    [](const Loops& loops) -> StatefulLoop<Iso2022JpReading>& { return loops.iso2022JpToShiftJis; },
+    1, toShiftJis, expectedToShiftJis};
+constexpr Direction<JapaneseSet> writeJp{
+    "shiftJisToIso2022Jp",
+    [](const Loops& loops) -> StatefulLoop<JapaneseSet>& { return loops.shiftJisToIso2022Jp; }, 4,
+    fromShiftJis, expectedFromShiftJis};
+constexpr Direction<bool> readKr{
+    "iso2022KrToKsc",
+    [](const Loops& loops) -> StatefulLoop<bool>& { return loops.iso2022KrToKsc; }, 1, toKsc,
+    expectedToKsc};
+constexpr Direction<bool> writeKr{
+    "kscToIso2022Kr",
+    [](const Loops& loops) -> StatefulLoop<bool>& { return loops.kscToIso2022Kr; }, 2, fromKsc,
+    expectedFromKsc};
 
 constexpr JapaneseSet japaneseStates[] = {JapaneseSet::ascii, JapaneseSet::katakana,
                                           JapaneseSet::kanji};
+constexpr Iso2022JpReading readingStates[] = {{JapaneseSet::ascii, false},
+                                              {JapaneseSet::katakana, false},
+                                              {JapaneseSet::kanji, false},
+                                              {JapaneseSet::ascii, true},
+                                              {JapaneseSet::kanji, true}};
 constexpr bool koreanStates[] = {false, true};
 
 class Iso2022Kernels : public test_kernels::StatefulKernelTest {
@@ -95,6 +106,11 @@ class Iso2022Kernels : public test_kernels::StatefulKernelTest {
   testing::AssertionResult agrees(const Direction<JapaneseSet>& direction,
                                   std::string_view text) const {
     return agreesFrom(japaneseStates, direction, text);
+  }
+
+  testing::AssertionResult agrees(const Direction<Iso2022JpReading>& direction,
+                                  std::string_view text) const {
+    return agreesFrom(readingStates, direction, text);
   }
 
   testing::AssertionResult agrees(const Direction<bool>& direction, std::string_view text) const {
@@ -314,6 +330,82 @@ TEST_P(Iso2022Kernels, ConvertLongTexts) {
     EXPECT_TRUE(agrees(readKr, iso));
     EXPECT_TRUE(agrees(writeKr, ksc));
   }
+}
+
+TEST_P(Iso2022Kernels, ConvertTextInPiecesOfAnyLength) {
+  Random random(6);
+  const std::vector<std::string> awkward = pieces();
+  const auto textBy = [&](MakeRun makeRun) {
+    std::string text = textOfRuns(random, makeRun);
+    if (below(random, 2) == 0) test_text::damage(text, awkward, 1, random);
+    return text;
+  };
+  for (int i = 0; i < 1500; ++i) {
+    for (const std::size_t longest : {1, 2, 5, 150}) {
+      ASSERT_TRUE(agreesInPieces(readingStates, readJp, textBy(jisRun), longest, random));
+      ASSERT_TRUE(
+          agreesInPieces(japaneseStates, writeJp, textBy(shiftJisTextRun), longest, random));
+      ASSERT_TRUE(agreesInPieces(koreanStates, readKr, textBy(isoKrRun), longest, random));
+      ASSERT_TRUE(agreesInPieces(koreanStates, writeKr, textBy(kscRun), longest, random));
+    }
+  }
+}
+
+struct Cut {
+  const char* text;
+  const char* left;
+  Stop why;
+};
+
+// What is left of a text, and whether more could make it whole.
+template <typename State>
+void expectCuts(kernel::StatefulLoop<State>& loop, std::initializer_list<Cut> cuts) {
+  for (const Cut& cut : cuts) {
+    const std::string text = quorvel_test::byteString(cut.text);
+    std::string room(4 * text.size(), '\0');
+    State state{};
+    const auto* in = reinterpret_cast<const unsigned char*>(text.data());
+    const Progress progress =
+        loop(in, in + text.size(), reinterpret_cast<unsigned char*>(room.data()), state);
+    EXPECT_EQ(progress.why, cut.why) << cut.text;
+    const auto consumed = static_cast<std::size_t>(progress.in - in);
+    EXPECT_EQ(text.substr(consumed), quorvel_test::byteString(cut.left)) << cut.text;
+  }
+}
+
+TEST_P(Iso2022Kernels, TellWhatIsCutOffFromWhatIsMalformed) {
+  const Loops& loops = kernel::loopsOf(GetParam());
+  expectCuts<Iso2022JpReading>(loops.iso2022JpToShiftJis, {{"61 1B 24 42 30 21", "", Stop::end},
+                                                           {"61 1B", "1B", Stop::cutOff},
+                                                           {"61 1B 24", "1B 24", Stop::cutOff},
+                                                           {"61 1B 28", "1B 28", Stop::cutOff},
+                                                           {"61 1B 5B", "1B 5B", Stop::met},
+                                                           {"61 1B 24 29", "1B 24 29", Stop::met},
+                                                           {"1B 24 42 30", "30", Stop::cutOff},
+                                                           {"1B 24 42 30 0A", "30 0A", Stop::met},
+                                                           {"1B 24 42 80", "80", Stop::met},
+                                                           {"1B 24 42 79 21", "79 21", Stop::met},
+                                                           {"0E 21 80", "80", Stop::met}});
+  expectCuts<JapaneseSet>(loops.shiftJisToIso2022Jp, {{"61 88 9F", "", Stop::end},
+                                                      {"61 88", "88", Stop::cutOff},
+                                                      {"61 FC", "FC", Stop::cutOff},
+                                                      {"61 F0 40", "F0 40", Stop::met},
+                                                      {"61 88 20", "88 20", Stop::met},
+                                                      {"61 80", "80", Stop::met},
+                                                      {"61 1B", "1B", Stop::met}});
+  expectCuts<bool>(loops.iso2022KrToKsc, {{"1B 24 29 43 0E 30 21", "", Stop::end},
+                                          {"1B", "1B", Stop::cutOff},
+                                          {"61 1B 24 29", "1B 24 29", Stop::cutOff},
+                                          {"1B 24 29 41", "1B 24 29 41", Stop::met},
+                                          {"0E 30", "30", Stop::cutOff},
+                                          {"0E 30 20", "30 20", Stop::met},
+                                          {"0E B0", "B0", Stop::met}});
+  expectCuts<bool>(loops.kscToIso2022Kr, {{"61 B0 A1", "", Stop::end},
+                                          {"61 B0", "B0", Stop::cutOff},
+                                          {"61 81", "81", Stop::cutOff},
+                                          {"61 81 41", "81 41", Stop::met},
+                                          {"61 80", "80", Stop::met},
+                                          {"61 FF", "FF", Stop::met}});
 }
 
 }  // namespace

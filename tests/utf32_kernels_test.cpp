@@ -11,6 +11,8 @@
 namespace quorvel {
 namespace {
 
+using kernel::Loop;
+using kernel::Loops;
 using reference::allScalarValues;
 using reference::utf32Of;
 using test_kernels::Direction;
@@ -24,9 +26,18 @@ using test_text::randomText;
 
 using Utf32Kernels = test_kernels::KernelTest;
 
-constexpr Direction fromUtf8{"utf8ToUtf32", &kernel::Utf::utf8ToUtf32, 8, reference::utf8ToUtf32,
+constexpr Direction fromUtf8{"utf8ToUtf32",
+                             [](const Loops& loops) -> Loop& { return loops.utf8ToUtf32; },
+                             8,
+                             reference::utf8ToUtf32,
+                             reference::isUtf8CutOff,
                              1};
-constexpr Direction toUtf8{"utf32ToUtf8", &kernel::Utf::utf32ToUtf8, 2, reference::utf32ToUtf8, 4};
+constexpr Direction toUtf8{"utf32ToUtf8",
+                           [](const Loops& loops) -> Loop& { return loops.utf32ToUtf8; },
+                           2,
+                           reference::utf32ToUtf8,
+                           reference::isUtf32CutOff,
+                           4};
 
 std::string inUtf32(std::u32string_view text) {
   std::string bytes;
@@ -139,6 +150,23 @@ TEST_P(Utf32Kernels, EncodeEachMixOfLengthsOfFour) {
     std::u32string text;
     for (int i = 0; i < 9; ++i) text += four;
     ASSERT_TRUE(agrees(toUtf8, inUtf32(text)));
+  }
+}
+
+TEST_P(Utf32Kernels, ConvertTextInPiecesOfAnyLength) {
+  Random random(7);
+  const std::vector<std::string> pieces = awkwardBytes();
+  for (int i = 0; i < 3000; ++i) {
+    const std::u32string text = randomText(random, below(random, 120));
+    std::string eight = inUtf8(text);
+    std::string thirtyTwo = inUtf32(text);
+    if (i % 2 == 0) damage(eight, pieces, 1, random);
+    if (i % 2 == 0) damage(thirtyTwo, awkwardValues(), 4, random);
+    if (!thirtyTwo.empty()) thirtyTwo.resize(thirtyTwo.size() - below(random, 4));
+    for (const std::size_t longest : {1, 3, 7, 200}) {
+      ASSERT_TRUE(agreesInPieces(fromUtf8, eight, longest, random));
+      ASSERT_TRUE(agreesInPieces(toUtf8, thirtyTwo, longest, random));
+    }
   }
 }
 

@@ -12,8 +12,10 @@
 namespace quorvel {
 namespace {
 
-using kernel::Target;
-using kernel::Utf7Run;
+using kernel::Loops;
+using kernel::StatefulLoop;
+using kernel::Utf7Reading;
+using kernel::Utf7Writing;
 using test_kernels::Converted;
 using test_kernels::targetName;
 using test_text::below;
@@ -41,8 +43,9 @@ Converted expected(std::string_view text) {
   return {quorvel_test::hostUnits(result.units), result.wellFormed};
 }
 
-constexpr test_kernels::StatefulDirection<Utf7Run> reading{
-    "utf7ToUtf16", [](Target target) { return kernel::utf7Of(target).toUtf16; }, 2, decoded,
+constexpr test_kernels::StatefulDirection<Utf7Reading> reading{
+    "utf7ToUtf16",
+    [](const Loops& loops) -> StatefulLoop<Utf7Reading>& { return loops.utf7ToUtf16; }, 2, decoded,
     expected};
 
 Converted expectedEncoded(std::string_view bytes) {
@@ -51,22 +54,29 @@ Converted expectedEncoded(std::string_view bytes) {
   return {reference::encodeUtf7(units), true};
 }
 
-constexpr test_kernels::StatefulDirection<Utf7Run> writing{
-    "utf16ToUtf7", [](Target target) { return kernel::utf7Of(target).fromUtf16; }, 2, encoded,
+constexpr test_kernels::StatefulDirection<Utf7Writing> writing{
+    "utf16ToUtf7",
+    [](const Loops& loops) -> StatefulLoop<Utf7Writing>& { return loops.utf16ToUtf7; }, 2, encoded,
     expectedEncoded};
 
-constexpr Utf7Run runs[] = {{false, false}, {true, false}, {true, true}};
+// Behind no digit, and behind up to eight.
+constexpr Utf7Reading readings[] = {{false, false, 0, 0},    {true, false, 0, 0},
+                                    {true, true, 0, 0},      {true, true, 0x3F, 6},
+                                    {true, true, 0x800, 12}, {true, true, 0x3, 2},
+                                    {true, true, 0x80, 8},   {true, true, 0x1234, 14},
+                                    {true, true, 0x0, 4},    {true, true, 0x3FF, 10}};
 
-constexpr Utf7Run writingRuns[] = {{false, false}, {true, false}};
+// Behind no unit, and behind up to three.
+constexpr Utf7Writing writings[] = {{false, 0, 0}, {true, 0, 0}, {true, 0xA, 4}, {true, 0x3, 2}};
 
 class Utf7Kernels : public test_kernels::StatefulKernelTest {
  protected:
   testing::AssertionResult agrees(std::string_view text) const {
-    return agreesFrom(runs, reading, text);
+    return agreesFrom(readings, reading, text);
   }
 
   testing::AssertionResult agreesEncoding(std::u16string_view units) const {
-    return agreesFrom(writingRuns, writing, quorvel_test::hostUnits(units));
+    return agreesFrom(writings, writing, quorvel_test::hostUnits(units));
   }
 };
 
@@ -206,6 +216,21 @@ TEST_P(Utf7Kernels, EncodeLongTexts) {
   for (int i = 0; i < 8; ++i) {
     EXPECT_TRUE(agreesEncoding(randomUnits(random, 20000)));
     EXPECT_TRUE(agreesEncoding(u"a" + std::u16string(20000 + below(random, 3), u'\u3042')));
+  }
+}
+
+TEST_P(Utf7Kernels, ConvertTextInPiecesOfAnyLength) {
+  Random random(5);
+  const std::vector<std::string> pieces = awkwardPieces();
+  for (int i = 0; i < 2000; ++i) {
+    std::string text = randomUtf7(random);
+    if (i % 2 == 0) test_text::damage(text, pieces, 1, random);
+    std::string units = quorvel_test::hostUnits(randomUnits(random, below(random, 150)));
+    if (!units.empty()) units.resize(units.size() - below(random, 2));
+    for (const std::size_t longest : {1, 2, 9, 90}) {
+      ASSERT_TRUE(agreesInPieces(readings, reading, text, longest, random));
+      ASSERT_TRUE(agreesInPieces(writings, writing, units, longest, random));
+    }
   }
 }
 

@@ -44,16 +44,11 @@ inline unsigned char* growByEither(std::uint64_t wanted, unsigned int needed, Da
   return out.growBy(needed);
 }
 
-/// The end of a block can cut off fewer bytes than this from what they belong
-/// to: a loop that leaves more has met something.
-inline constexpr std::ptrdiff_t fewestBytesNotCut = 4;
-
-/// Runs `loop(in, blockEnd, out)` block by block until it stops before `end`,
-/// and returns where; null when memory ran out. A loop writes at most
-/// `outputPerTwoBytes` bytes for each two bytes of its block. It may stop at
-/// the end of a block in front of something that goes on behind it, or go a
-/// little past it: the next block begins where it stopped. Only a stop at the
-/// very start of a block, or well before its end, is one for the caller.
+/// Runs `loop(in, blockEnd, out)` block by block until it stops before `end` for
+/// another reason than that of the block, and returns where; null when memory ran
+/// out. A loop writes at most `outputPerTwoBytes` bytes for each two bytes of its
+/// block. It may go a little past the end of that: the next block begins where it
+/// stopped, as it does where the end of a block cut something off.
 ///
 /// Where there is not enough room it is asked for by what the text has needed so
 /// far: output that outgrows what was reserved moves once, early, and not again
@@ -78,7 +73,7 @@ const unsigned char* runInBlocks(const Loop& loop, const unsigned char* in,
     const Progress progress = loop(in, blockEnd, room);
     const auto written = static_cast<std::size_t>(progress.out - room);
     out.keepWritten(static_cast<unsigned int>(written));
-    if (progress.in == in || blockEnd - progress.in >= fewestBytesNotCut) return progress.in;
+    if (progress.why == Stop::met || progress.in == in) return progress.in;
     density.consumed += static_cast<std::size_t>(progress.in - in);
     density.written += written;
     in = progress.in;

@@ -1,5 +1,7 @@
 #pragma once
 
+// What a digit of base64 is worth, for the loops of UTF-7 and the packed tables.
+
 #include "quorvel/kernel/Base64Alphabet.hpp"
 
 namespace quorvel {

@@ -1,13 +1,14 @@
 #pragma once
 
+// Blocks of 64 bytes of ISO-2022 text and of what it stands for, with a bit for
+// each byte in masks of 64. Only the files of AVX2 kernels include this.
+
 #include <cstddef>
 #include <cstdint>
 
 #include "quorvel/kernel/Avx2.hpp"
-#include "quorvel/kernel/Iso2022.hpp"
+#include "quorvel/kernel/Iso2022State.hpp"
 
-/// Blocks of 64 bytes, with a bit for each in masks of 64. Only the files of AVX2
-/// kernels include this.
 namespace quorvel::kernel::avx2 {
 
 inline constexpr std::ptrdiff_t blockLength = 64;
@@ -63,14 +64,6 @@ inline __m256i bytesOf(unsigned int mask) {
   const __m256i bit = _mm256_set1_epi64x(static_cast<long long>(0x8040201008040201U));
   const __m256i spread = _mm256_shuffle_epi8(_mm256_set1_epi32(static_cast<int>(mask)), place);
   return _mm256_cmpeq_epi8(_mm256_and_si256(spread, bit), bit);
-}
-
-inline int countBits(std::uint64_t bits) { return static_cast<int>(_mm_popcnt_u64(bits)); }
-
-/// The scalar loop over one block where the other cannot go on: it comes to the
-/// end of it, but for a pair that this cuts off, or stops where it must.
-inline bool isThrough(const Progress& progress, const unsigned char* blockEnd) {
-  return blockEnd - progress.in <= 1;
 }
 
 }  // namespace quorvel::kernel::avx2

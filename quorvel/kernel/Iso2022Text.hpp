@@ -1,12 +1,13 @@
 #pragma once
 
+// What the bytes of ISO-2022 text are, for the loops and for what they stop at.
+
 #include <cstddef>
 #include <span>
 #include <string_view>
 
-#include "quorvel/kernel/Iso2022.hpp"
+#include "quorvel/kernel/Iso2022State.hpp"
 
-/// What the bytes of ISO-2022 text are, for loops and steps alike.
 namespace quorvel::iso2022 {
 
 using Bytes = std::span<const unsigned char>;
@@ -35,5 +36,14 @@ constexpr bool startsWith(Bytes text, std::string_view start) {
   }
   return true;
 }
+
+/// Whether `text` is the first part of `sequence`, and not all of it.
+constexpr bool isCutOff(Bytes text, std::string_view sequence) {
+  if (text.size() >= sequence.size()) return false;
+  return startsWith(text, sequence.substr(0, text.size()));
+}
+
+/// Announces KS C 5601 as the set that SO brings in.
+inline constexpr std::string_view koreanHeader = "\x1B$)C";
 
 }  // namespace quorvel::iso2022

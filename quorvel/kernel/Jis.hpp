@@ -1,15 +1,17 @@
 #pragma once
 
+// Between Shift_JIS and the rows and cells of JIS X 0208, and how ISO-2022-JP
+// announces its sets.
+//
+// Shift_JIS lays two rows of 94 under each lead byte: the odd one on the trail
+// bytes 40-7E and 80-9E, the even one on 9F-FC. The leads skip A0-DF, which are
+// half-width katakana. Row 16, cell 1 is 30 21 in JIS; rows 15 and 16 share the
+// lead 88, and the first cell of an even row has the trail 9F: 88 9F.
+
 #include <string_view>
 
 #include "quorvel/kernel/Iso2022Text.hpp"
 
-/// Between Shift_JIS and the rows and cells of JIS X 0208, and how ISO-2022-JP
-/// announces its sets.
-///
-/// Shift_JIS lays two rows of 94 under each lead byte: the odd one on the trail
-/// bytes 40-7E and 80-9E, the even one on 9F-FC. The leads skip A0-DF, which are
-/// half-width katakana.
 namespace quorvel::jis {
 
 struct Place {
@@ -77,6 +79,14 @@ inline const Designation* findDesignation(iso2022::Bytes text) {
     if (iso2022::startsWith(text, designation.sequence)) return &designation;
   }
   return nullptr;
+}
+
+/// Whether `text` is the first part of a designation, and not all of it.
+inline bool isDesignationCutOff(iso2022::Bytes text) {
+  for (const Designation& designation : designations) {
+    if (iso2022::isCutOff(text, designation.sequence)) return true;
+  }
+  return false;
 }
 
 /// What is written for a set: the first of those that announce it.

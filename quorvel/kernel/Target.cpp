@@ -1,82 +1,125 @@
+// The list of targets and the choice among them. A new one is a row here and a name
+// in `Target`, in the same order; CONTRIBUTING.md tells the rest.
+
 #include "quorvel/kernel/Target.hpp"
 
 #include <atomic>
+#include <bit>
+#include <cstddef>
+#include <iterator>
 
 namespace quorvel::kernel {
 
+static_assert(std::endian::native == std::endian::little,
+              "Quorvel runs on little-endian machines only");
+
 namespace {
 
-bool hasAvx2() {
+constexpr Loops scalarLoops{
+    .utf8ToUtf16 = scalar::utf8ToUtf16,
+    .utf16ToUtf8 = scalar::utf16ToUtf8,
+    .utf16ToUtf8WithoutPairs = scalar::utf16ToUtf8WithoutPairs,
+    .utf8ToUtf32 = scalar::utf8ToUtf32,
+    .utf32ToUtf8 = scalar::utf32ToUtf8,
+    .bytesToUnits = scalar::bytesToUnits,
+    .pairsToUnits = scalar::pairsToUnits,
+    .unitsToBytes = scalar::unitsToBytes,
+    .unitsToPairs = scalar::unitsToPairs,
+    .iso2022JpToShiftJis = scalar::iso2022JpToShiftJis,
+    .shiftJisToIso2022Jp = scalar::shiftJisToIso2022Jp,
+    .iso2022KrToKsc = scalar::iso2022KrToKsc,
+    .kscToIso2022Kr = scalar::kscToIso2022Kr,
+    .utf7ToUtf16 = scalar::utf7ToUtf16,
+    .utf16ToUtf7 = scalar::utf16ToUtf7,
+};
+
+bool always() { return true; }
+
 #ifdef QUORVEL_WITH_AVX2
+constexpr Loops avx2Loops{
+    .utf8ToUtf16 = avx2::utf8ToUtf16,
+    .utf16ToUtf8 = avx2::utf16ToUtf8,
+    .utf16ToUtf8WithoutPairs = avx2::utf16ToUtf8WithoutPairs,
+    .utf8ToUtf32 = avx2::utf8ToUtf32,
+    .utf32ToUtf8 = avx2::utf32ToUtf8,
+    .bytesToUnits = avx2::bytesToUnits,
+    .pairsToUnits = avx2::pairsToUnits,
+    .unitsToBytes = avx2::unitsToBytes,
+    .unitsToPairs = avx2::unitsToPairs,
+    .iso2022JpToShiftJis = avx2::iso2022JpToShiftJis,
+    .shiftJisToIso2022Jp = avx2::shiftJisToIso2022Jp,
+    .iso2022KrToKsc = avx2::iso2022KrToKsc,
+    .kscToIso2022Kr = avx2::kscToIso2022Kr,
+    .utf7ToUtf16 = avx2::utf7ToUtf16,
+    .utf16ToUtf7 = avx2::utf16ToUtf7,
+};
+
+bool hasAvx2() {
   // Conversions may run before the constructor that would do this.
   __builtin_cpu_init();
   return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
          __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
+}
 #else
-  return false;
+constexpr const Loops& avx2Loops = scalarLoops;
+
+bool hasAvx2() { return false; }
 #endif
+
+struct Row {
+  Target target;
+  const char* name;
+  bool (*isSupported)();
+  const Loops& loops;
+  Target fallback;
+};
+
+constexpr Row rows[] = {
+    {Target::scalar, "scalar", always, scalarLoops, Target::scalar},
+    {Target::avx2, "avx2", hasAvx2, avx2Loops, Target::scalar},
+};
+
+constexpr bool areInOrder() {
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    if (rows[i].target != allTargets[i] || rows[i].fallback > rows[i].target) return false;
+    if (i != 0 && rows[i].fallback == rows[i].target) return false;
+  }
+  return std::size(rows) == std::size(allTargets);
+}
+static_assert(areInOrder());
+
+const Row& rowOf(Target target) { return rows[static_cast<std::size_t>(target)]; }
+
+// Null before the first choice: so that it has a value before any constructor has
+// run.
+std::atomic<const Row*> chosen{nullptr};
+
+const Row& choose() {
+  const Row* row = std::end(rows) - 1;
+  while (!row->isSupported()) row = &rowOf(row->fallback);
+  chosen.store(row, std::memory_order_relaxed);
+  return *row;
 }
 
-constexpr Utf scalarUtf{scalar::utf8ToUtf16, scalar::utf16ToUtf8, scalar::utf16ToUtf8WithoutPairs,
-                        scalar::utf8ToUtf32, scalar::utf32ToUtf8};
-constexpr Iso2022 scalarIso2022{scalar::jisToShiftJis, scalar::shiftJisToJis, scalar::isoToKsc,
-                                scalar::kscToIso};
-constexpr Utf7 scalarUtf7{scalar::utf7ToUtf16, scalar::utf16ToUtf7};
-#ifdef QUORVEL_WITH_AVX2
-constexpr Utf avx2Utf{avx2::utf8ToUtf16, avx2::utf16ToUtf8, avx2::utf16ToUtf8WithoutPairs,
-                      avx2::utf8ToUtf32, avx2::utf32ToUtf8};
-constexpr Iso2022 avx2Iso2022{avx2::jisToShiftJis, avx2::shiftJisToJis, avx2::isoToKsc,
-                              avx2::kscToIso};
-constexpr Utf7 avx2Utf7{avx2::utf7ToUtf16, avx2::utf16ToUtf7};
-#endif
-
-constexpr int notChosenYet = -1;
-
-// An int, not a Target: so that it has a value before any constructor has run.
-std::atomic<int> chosen{notChosenYet};
-
-Target best() { return canRun(Target::avx2) ? Target::avx2 : Target::scalar; }
+const Row& current() {
+  const Row* row = chosen.load(std::memory_order_relaxed);
+  return row ? *row : choose();
+}
 
 }  // namespace
 
-bool canRun(Target target) { return target == Target::scalar || hasAvx2(); }
+const char* nameOf(Target target) { return rowOf(target).name; }
 
-Target currentTarget() {
-  const int target = chosen.load(std::memory_order_relaxed);
-  if (target != notChosenYet) return static_cast<Target>(target);
-  const Target found = best();
-  chosen.store(static_cast<int>(found), std::memory_order_relaxed);
-  return found;
-}
+bool canRun(Target target) { return rowOf(target).isSupported(); }
 
-void setTarget(Target target) { chosen.store(static_cast<int>(target), std::memory_order_relaxed); }
+Target fallbackOf(Target target) { return rowOf(target).fallback; }
 
-const Utf& utfOf([[maybe_unused]] Target target) {
-#ifdef QUORVEL_WITH_AVX2
-  if (target == Target::avx2) return avx2Utf;
-#endif
-  return scalarUtf;
-}
+Target currentTarget() { return current().target; }
 
-const Table& tableOf([[maybe_unused]] Target target) {
-#ifdef QUORVEL_WITH_AVX2
-  if (target == Target::avx2) return avx2::table;
-#endif
-  return scalar::table;
-}
+void setTarget(Target target) { chosen.store(&rowOf(target), std::memory_order_relaxed); }
 
-const Iso2022& iso2022Of([[maybe_unused]] Target target) {
-#ifdef QUORVEL_WITH_AVX2
-  if (target == Target::avx2) return avx2Iso2022;
-#endif
-  return scalarIso2022;
-}
+const Loops& loopsOf(Target target) { return rowOf(target).loops; }
 
-const Utf7& utf7Of([[maybe_unused]] Target target) {
-#ifdef QUORVEL_WITH_AVX2
-  if (target == Target::avx2) return avx2Utf7;
-#endif
-  return scalarUtf7;
-}
+const Loops& loops() { return current().loops; }
 
 }  // namespace quorvel::kernel

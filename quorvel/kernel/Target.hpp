@@ -1,21 +1,40 @@
 #pragma once
 
-#include "quorvel/kernel/Iso2022.hpp"
-#include "quorvel/kernel/Table.hpp"
-#include "quorvel/kernel/Utf.hpp"
-#include "quorvel/kernel/Utf7.hpp"
+#include "quorvel/kernel/Loops.hpp"
+
+// Chooses the inner loops by what the machine can run.
+//
+// What lies where in this directory:
+//
+//   Loops.hpp                     every loop, and what it promises
+//   Progress.hpp                  what a loop reports
+//   SourceToDestinationTarget.cpp one direction for one target: the loop from UTF-8
+//                                 to UTF-16 with AVX2 is in Utf8ToUtf16Avx2.cpp. A
+//                                 `Page` is any code page by its table; `Units` are
+//                                 those of UTF-16 or UTF-32
+//   NameTarget.hpp                what several files of that target stand on, such as
+//                                 Iso2022Avx2.hpp; nobody else includes it
+//   PageTables.hpp and ...Text    tables, states and facts about an encoding, the
+//                                 same for all targets
+//
+// The scalar loops are plain C++ and judge everything step by step. Those of other
+// targets do what is common, many bytes at once, and hand the rest to them.
 
 namespace quorvel::kernel {
 
-/// The instruction sets that kernels are written for, the plainest first.
+/// The instruction sets that there are loops for, the plainest first.
 enum class Target { scalar, avx2 };
 
 inline constexpr Target allTargets[] = {Target::scalar, Target::avx2};
 
-constexpr const char* nameOf(Target target) { return target == Target::scalar ? "scalar" : "avx2"; }
+const char* nameOf(Target target);
 
-/// Whether this build has the kernels of `target` and this machine can run them.
+/// Whether this build has the loops of `target` and this machine can run them.
 bool canRun(Target target);
+
+/// Which one is taken where `target` cannot be run; plainer than `target`, the
+/// scalar one excepted.
+Target fallbackOf(Target target);
 
 /// The best that the machine can run, or what `setTarget` said last.
 Target currentTarget();
@@ -25,13 +44,7 @@ Target currentTarget();
 void setTarget(Target target);
 
 /// The loops of one target, and of the current one.
-const Utf& utfOf(Target target);
-const Table& tableOf(Target target);
-const Iso2022& iso2022Of(Target target);
-inline const Utf& utf() { return utfOf(currentTarget()); }
-inline const Table& table() { return tableOf(currentTarget()); }
-inline const Iso2022& iso2022() { return iso2022Of(currentTarget()); }
-const Utf7& utf7Of(Target target);
-inline const Utf7& utf7() { return utf7Of(currentTarget()); }
+const Loops& loopsOf(Target target);
+const Loops& loops();
 
 }  // namespace quorvel::kernel

@@ -1,5 +1,8 @@
 #pragma once
 
+// One character of UTF-8, judged in full: for what loops stop in front of, and for
+// texts that are too rare to have a loop.
+
 #include <cstddef>
 
 namespace quorvel {
@@ -33,6 +36,16 @@ inline Utf8Sequence decodeUtf8(const unsigned char* p, std::size_t available) {
     highest = 0xBF;
   }
   return {codePoint, length, true};
+}
+
+/// Whether the bytes from `p` to `end`, which is behind it, are the first ones of a
+/// well-formed sequence and need more.
+inline bool isCutOff(const unsigned char* p, const unsigned char* end) {
+  const bool isLead = p[0] >= 0xC2 && p[0] <= 0xF4;
+  if (!isLead || end - p >= 4) return false;
+  const auto available = static_cast<std::size_t>(end - p);
+  const Utf8Sequence sequence = decodeUtf8(p, available);
+  return !sequence.isWellFormed && sequence.length == available;
 }
 
 /// Whether `value` is a Unicode scalar value: no surrogate, not above U+10FFFF.

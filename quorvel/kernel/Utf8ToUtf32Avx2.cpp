@@ -4,14 +4,14 @@
 #include <cstddef>
 
 #include "quorvel/kernel/Avx2.hpp"
-#include "quorvel/kernel/Utf.hpp"
-#include "quorvel/kernel/Utf8BlocksAvx2.hpp"
+#include "quorvel/kernel/Loops.hpp"
+#include "quorvel/kernel/Utf8ToUnitsAvx2.hpp"
 
 namespace quorvel::kernel::avx2 {
 
 namespace {
 
-using namespace utf8_blocks;
+using namespace utf8_to_units;
 
 // With the byte above the lowest two of each code point.
 struct HalfWithPlanes : Half {
@@ -40,7 +40,6 @@ inline unsigned char* storeKept(__m256i units, unsigned int kept, unsigned char*
 }
 
 inline unsigned char* storeBasic(__m128i units, unsigned int kept, unsigned char* out) {
-  kept &= 0xFF;
   return storeKept(moveKept(units, kept), kept, out);
 }
 
@@ -54,26 +53,23 @@ inline unsigned char* storeAny(__m128i lowest, __m128i planes, unsigned int kept
 struct ThirtyTwo {
   static constexpr std::ptrdiff_t bytesPerUnit = 4;
   static constexpr std::ptrdiff_t bytesBeforeFourth = 0;
-  static constexpr Loop* finish = scalar::utf8ToUtf32;
+  static constexpr Loop& finish = scalar::utf8ToUtf32;
 
   template <bool hasFours>
   static auto decodeHalf(const unsigned char* p) {
     if constexpr (hasFours) {
-      HalfWithPlanes half{utf8_blocks::decodeHalf<true>(p), {}};
+      HalfWithPlanes half{utf8_to_units::decodeHalf<true>(p), {}};
       makePlanes(load(p - 2), load(p - 3), half);
       return half;
     } else {
-      return utf8_blocks::decodeHalf<false>(p);
+      return utf8_to_units::decodeHalf<false>(p);
     }
   }
 
   static unsigned char* storeHalf(const Half& half, unsigned char* out) {
     const __m256i even = _mm256_unpacklo_epi8(half.low, half.high);
     const __m256i odd = _mm256_unpackhi_epi8(half.low, half.high);
-    out = storeBasic(lowHalf(even), half.kept, out);
-    out = storeBasic(lowHalf(odd), half.kept >> 8, out);
-    out = storeBasic(highHalf(even), half.kept >> 16, out);
-    return storeBasic(highHalf(odd), half.kept >> 24, out);
+    return storeQuarters(even, odd, half.kept, out, storeBasic);
   }
 
   static unsigned char* storeHalf(const HalfWithPlanes& half, unsigned char* out) {
@@ -99,7 +95,7 @@ struct ThirtyTwo {
 }  // namespace
 
 Progress utf8ToUtf32(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  return decode<ThirtyTwo>(in, end, out);
+  return decode<ThirtyTwo>({in, out}, end);
 }
 
 }  // namespace quorvel::kernel::avx2

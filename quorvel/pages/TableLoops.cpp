@@ -4,16 +4,12 @@
 #include <cstddef>
 #include <iterator>
 
-#include "quorvel/kernel/Table.hpp"
+#include "quorvel/kernel/PageTables.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
 
 namespace quorvel {
 
 namespace {
-
-unsigned int unitAt(const unsigned char* in) {
-  return in[0] | static_cast<unsigned int>(in[1]) << 8;
-}
 
 unsigned char ownCode(const UnicodeToBytesAndDigits& table, unsigned int unit) {
   for (std::size_t set = 0; set < std::size(firstArabicDigits); ++set) {
@@ -60,14 +56,14 @@ Progress decodeMultiBytes(const HashConvert& table, const unsigned char* in,
       continue;
     }
     const unsigned int unit = table.m_byteToUnicode[*in];
-    if (unit == 0 && !(isLast && *in == 0)) break;
+    if (unit == 0 && !(isLast && *in == 0)) return {in, out, Stop::met};
     out = putUnit(isLast && *in == 0 ? 0 : unit, out);
     ++in;
   }
-  return {in, out};
+  return {in, out, Stop::end};
 }
 
-Progress encodeOneUnit(const HashConvert& table, const unsigned char* in, unsigned char* out) {
+Position encodeOneUnit(const HashConvert& table, const unsigned char* in, unsigned char* out) {
   if (in[1] == 0 && in[0] < 0x80 && table.get_IsLowerAscii()) {
     *out++ = in[0];
     return {in + 2, out};
@@ -82,19 +78,19 @@ Progress encodeOneUnit(const HashConvert& table, const unsigned char* in, unsign
 Progress encodeUnits(const HashConvert& table, const unsigned char* in, const unsigned char* end,
                      unsigned char* out) {
   while (end - in >= 2) {
-    if (unitAt(in) == kernel::rawBytesUnit) break;
-    const Progress progress = encodeOneUnit(table, in, out);
-    if (progress.in == in) break;
-    in = progress.in;
-    out = progress.out;
+    if (loadUnit(in) == kernel::rawBytesUnit) return {in, out, Stop::met};
+    const Position next = encodeOneUnit(table, in, out);
+    if (next.in == in) return {in, out, Stop::met};
+    in = next.in;
+    out = next.out;
   }
-  return {in, out};
+  return {in, out, in == end ? Stop::end : Stop::cutOff};
 }
 
-Progress encodeWhereStopped(const FromUnicodeTable& table, const unsigned char* in,
+Position encodeWhereStopped(const FromUnicodeTable& table, const unsigned char* in,
                             unsigned char* out) {
   const unsigned int code = table.rawBytesCode;
-  if (code == 0 || unitAt(in) != kernel::rawBytesUnit) return {in, out};
+  if (code == 0 || loadUnit(in) != kernel::rawBytesUnit) return {in, out};
   *out++ = static_cast<unsigned char>(code);
   if (code >= 0x100) *out++ = static_cast<unsigned char>(code >> 8);
   return {in + 2, out};
@@ -103,12 +99,12 @@ Progress encodeWhereStopped(const FromUnicodeTable& table, const unsigned char* 
 Progress encodeWithOwnDigits(const UnicodeToBytesAndDigits& table, const unsigned char* in,
                              const unsigned char* end, unsigned char* out) {
   for (; end - in >= 2; in += 2) {
-    const unsigned int unit = unitAt(in);
+    const unsigned int unit = loadUnit(in);
     const unsigned char code = ownCode(table, unit);
-    if (code == 0 && unit != 0) break;
+    if (code == 0 && unit != 0) return {in, out, Stop::met};
     *out++ = code;
   }
-  return {in, out};
+  return {in, out, in == end ? Stop::end : Stop::cutOff};
 }
 
 }  // namespace quorvel

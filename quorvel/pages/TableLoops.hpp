@@ -8,7 +8,7 @@ namespace quorvel {
 
 // The loops over a table that a caller has filled: they read it through its
 // primary slots, a probe for each character. Published tables are read by those of
-// kernel/Table.hpp, and by the functions at the end here where these stop.
+// kernel/Loops.hpp, and by the functions at the end here where these stop.
 
 /// Multibyte text to UTF-16LE, `HashConvert::mostValueBytes` bytes of room for
 /// each byte below `stop`. Starts no character at or behind `stop`, but looks at
@@ -24,11 +24,11 @@ Progress encodeUnits(const HashConvert& table, const unsigned char* in, const un
                      unsigned char* out);
 
 /// As `encodeUnits` for the one unit at `in`, whichever it is.
-Progress encodeOneUnit(const HashConvert& table, const unsigned char* in, unsigned char* out);
+Position encodeOneUnit(const HashConvert& table, const unsigned char* in, unsigned char* out);
 
 /// The same for the unit at `in` at which the loop over a published table has
 /// stopped; two bytes of room.
-Progress encodeWhereStopped(const FromUnicodeTable& table, const unsigned char* in,
+Position encodeWhereStopped(const FromUnicodeTable& table, const unsigned char* in,
                             unsigned char* out);
 
 /// UTF-16LE with the digits that the page itself has, one byte of room for each

@@ -1,5 +1,5 @@
 // Decoding of the table-driven code pages to UTF-16LE: the loops of
-// kernel/Table.hpp map what has a mapping, the steps here decide about the rest.
+// kernel/Loops.hpp map what has a mapping, the steps here decide about the rest.
 // The tables come from pages/TableRegistry.hpp; who converts by way of them is told
 // in Pivot.cpp and Routes.cpp.
 
@@ -71,7 +71,7 @@ const unsigned char* decodeSingleByteText(EncodingConvert& converter, const Deco
 
 const unsigned char* decodeBy(const BytesToUnicode& table, EncodingConvert& converter,
                               const SourcePart& part, DataBuffer& out, LogBase& log) {
-  const auto decode = [loop = kernel::table().bytesToUnits, &flat = table.flat](auto... text) {
+  const auto decode = [&loop = kernel::loops().bytesToUnits, &flat = table.flat](auto... text) {
     return loop(flat, text...);
   };
   return decodeSingleByteText(converter, decode, part, out, log);
@@ -79,7 +79,7 @@ const unsigned char* decodeBy(const BytesToUnicode& table, EncodingConvert& conv
 
 const unsigned char* decodeBy(const PairsToUnicode& table, EncodingConvert& converter,
                               const SourcePart& part, DataBuffer& out, LogBase& log) {
-  const auto decode = [loop = kernel::table().pairsToUnits, &flat = table.flat](auto... text) {
+  const auto decode = [&loop = kernel::loops().pairsToUnits, &flat = table.flat](auto... text) {
     return loop(flat, text...);
   };
   return decodeText(converter, decode, 2, part, out, log);

@@ -1,5 +1,5 @@
 // Encoding of UTF-16LE in the table-driven code pages: the loops of
-// kernel/Table.hpp map what has a mapping, the steps here decide about the rest.
+// kernel/Loops.hpp map what has a mapping, the steps here decide about the rest.
 // What is written for a unit without a mapping is told in ErrorPolicy.cpp, what a
 // marker is in PassthroughMarker.hpp.
 
@@ -38,7 +38,7 @@ struct ByProbing {
   Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) const {
     return encodeUnits(table, in, end, out);
   }
-  Progress one(const unsigned char* in, unsigned char* out) const {
+  Position one(const unsigned char* in, unsigned char* out) const {
     return encodeOneUnit(table, in, out);
   }
 
@@ -51,12 +51,12 @@ struct ToBytes {
   Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) const {
     return loop(table.flat, in, end, out);
   }
-  Progress one(const unsigned char* in, unsigned char* out) const {
+  Position one(const unsigned char* in, unsigned char* out) const {
     return encodeWhereStopped(table, in, out);
   }
 
   const UnicodeToBytes& table;
-  decltype(kernel::Table::unitsToBytes) loop = kernel::table().unitsToBytes;
+  decltype(kernel::Loops::unitsToBytes) loop = kernel::loops().unitsToBytes;
 };
 
 struct ToBytesWithOwnDigits {
@@ -65,7 +65,7 @@ struct ToBytesWithOwnDigits {
   Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) const {
     return encodeWithOwnDigits(table, in, end, out);
   }
-  Progress one(const unsigned char* in, unsigned char* out) const {
+  Position one(const unsigned char* in, unsigned char* out) const {
     return encodeWhereStopped(table, in, out);
   }
 
@@ -78,12 +78,12 @@ struct ToPairs {
   Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) const {
     return loop(table.flat, in, end, out);
   }
-  Progress one(const unsigned char* in, unsigned char* out) const {
+  Position one(const unsigned char* in, unsigned char* out) const {
     return encodeWhereStopped(table, in, out);
   }
 
   const UnicodeToPairs& table;
-  decltype(kernel::Table::unitsToPairs) loop = kernel::table().unitsToPairs;
+  decltype(kernel::Loops::unitsToPairs) loop = kernel::loops().unitsToPairs;
 };
 
 // The unit at `in`, in front of which a loop has stopped. False when memory ran
@@ -92,8 +92,8 @@ template <typename Way>
 bool encodeOne(EncodingConvert& converter, const Way& way, const unsigned char* in, bool& isWhole,
                DataBuffer& out, LogBase& log) {
   unsigned char bytes[Way::mostBytes];
-  const Progress progress = way.one(in, bytes);
-  if (progress.in != in) return out.append(bytes, static_cast<unsigned int>(progress.out - bytes));
+  const Position next = way.one(in, bytes);
+  if (next.in != in) return out.append(bytes, static_cast<unsigned int>(next.out - bytes));
   converter.m_hadError = true;
   isWhole = false;
   handleUnmapped(converter, in, out, log);

@@ -1,4 +1,4 @@
-// The direct transcoders between UTF-8 and UTF-16: the loops of kernel/Utf.hpp
+// The direct transcoders between UTF-8 and UTF-16: the loops of kernel/Loops.hpp
 // move the bytes, the steps here decide what happens at the places where a
 // loop stops. They are half of a pivot (Pivot.cpp) or a whole route (Routes.cpp).
 
@@ -57,8 +57,8 @@ unsigned int illFormedLength(const unsigned char* in, const unsigned char* end) 
 }
 
 kernel::Loop* utf8Encoder(const EncodingConvert& converter) {
-  return g_allow_4byte_utf8 && converter.m_allow4ByteUtf8 ? kernel::utf().utf16ToUtf8
-                                                          : kernel::utf().utf16ToUtf8WithoutPairs;
+  return g_allow_4byte_utf8 && converter.m_allow4ByteUtf8 ? kernel::loops().utf16ToUtf8
+                                                          : kernel::loops().utf16ToUtf8WithoutPairs;
 }
 
 }  // namespace
@@ -66,7 +66,7 @@ kernel::Loop* utf8Encoder(const EncodingConvert& converter) {
 const unsigned char* decodeUtf8(EncodingConvert& converter, const SourcePart& part, DataBuffer& out,
                                 LogBase& log) {
   for (const unsigned char* in = part.in;;) {
-    in = runInBlocks(kernel::utf().utf8ToUtf16, in, part.stop, mostUtf16Bytes, out);
+    in = runInBlocks(kernel::loops().utf8ToUtf16, in, part.stop, mostUtf16Bytes, out);
     if (!in || in == part.stop) return in;
     const unsigned int length = illFormedLength(in, part.end);
     if (length == 0) return in;

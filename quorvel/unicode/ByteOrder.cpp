@@ -1,20 +1,8 @@
+// UTF-16 and UTF-32 in the other byte order, appended.
+
 #include "quorvel/unicode/ByteOrder.hpp"
 
-#include <algorithm>
-
 namespace quorvel {
-
-namespace {
-
-// With the length known to the compiler this becomes vector code.
-template <unsigned int unitLength>
-void reverseUnits(const unsigned char* in, unsigned int numBytes, unsigned char* out) {
-  for (unsigned int i = 0; i < numBytes; i += unitLength) {
-    for (unsigned int j = 0; j < unitLength; ++j) out[i + j] = in[i + unitLength - 1 - j];
-  }
-}
-
-}  // namespace
 
 bool appendReversed(const unsigned char* data, unsigned int numBytes, unsigned int unitLength,
                     DataBuffer& out) {
@@ -23,9 +11,9 @@ bool appendReversed(const unsigned char* data, unsigned int numBytes, unsigned i
   unsigned char* room = out.growBy(length);
   if (!room) return false;
   if (unitLength == 2) {
-    reverseUnits<2>(data, length, room);
+    reverseUnits<char16_t>(data, length, room);
   } else {
-    reverseUnits<4>(data, length, room);
+    reverseUnits<char32_t>(data, length, room);
   }
   out.keepWritten(length);
   return true;

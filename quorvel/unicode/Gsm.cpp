@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
+#include "quorvel/base/BlockRunner.hpp"
 #include "quorvel/kernel/Utf8Sequence.hpp"
 #include "quorvel/unicode/GsmText.hpp"
 #include "quorvel/unicode/_qvUtf.h"
@@ -13,7 +15,6 @@ namespace quorvel {
 
 namespace {
 
-constexpr unsigned int bytesPerBlock = 4096;
 constexpr unsigned char escape = 0x1B;
 
 // The basic table. The escape has no character of its own: 0.
@@ -67,8 +68,8 @@ struct Decoded {
   unsigned int length;
 };
 
-Decoded decodeOne(const unsigned char* p, unsigned int available) {
-  if (*p == escape && available > 1) {
+Decoded decodeOne(const unsigned char* p, const unsigned char* end) {
+  if (*p == escape && end - p > 1) {
     if (const char16_t unit = extendedCharacter(p[1])) return {unit, 2};
   }
   return {*p < basicTable.size() ? basicTable[*p] : char16_t{0}, 1};
@@ -92,48 +93,46 @@ Septets septetsOf(char32_t character) {
   return {{}, 0};
 }
 
-}  // namespace
-
-GsmResult gsmToUtf8(const unsigned char* p, unsigned int n, DataBuffer& out) {
-  constexpr unsigned int mostBytesPerSeptet = 3;
+// Converts characters one by one with `convertOne(p, end, out)`, which moves both
+// positions on and says whether nothing was lost; at most `mostBytesPerTwo` bytes for
+// two that it takes. A character may go past the end of a block, not past that of
+// the text.
+template <typename ConvertOne>
+GsmResult convert(const unsigned char* p, unsigned int n, unsigned int mostBytesPerTwo,
+                  const ConvertOne& convertOne, DataBuffer& out) {
+  if (n == 0) return GsmResult::clean;
+  const unsigned char* end = p + n;
   bool isClean = true;
-  while (n) {
-    const unsigned int mostCharacters = std::min(n, bytesPerBlock);
-    unsigned char* room = out.growBy(mostCharacters * mostBytesPerSeptet);
-    if (!room) return GsmResult::outOfMemory;
-    unsigned char* end = room;
-    for (unsigned int i = 0; n && i < mostCharacters; ++i) {
-      const Decoded decoded = decodeOne(p, n);
-      isClean = isClean && decoded.unit;
-      end = encodeUtf8(decoded.unit ? decoded.unit : replacementCharacter, end);
-      p += decoded.length;
-      n -= decoded.length;
-    }
-    out.keepWritten(static_cast<unsigned int>(end - room));
-  }
+  const auto loop = [&](const unsigned char* in, const unsigned char* stop, unsigned char* room) {
+    Position at{in, room};
+    while (at.in < stop) isClean &= convertOne(at, end);
+    return Progress{at.in, at.out, Stop::end};
+  };
+  if (!runInBlocks(loop, p, end, mostBytesPerTwo, out)) return GsmResult::outOfMemory;
   return isClean ? GsmResult::clean : GsmResult::lossy;
 }
 
+}  // namespace
+
+GsmResult gsmToUtf8(const unsigned char* p, unsigned int n, DataBuffer& out) {
+  const auto decode = [](Position& at, const unsigned char* end) {
+    const Decoded decoded = decodeOne(at.in, end);
+    at = {at.in + decoded.length,
+          encodeUtf8(decoded.unit ? decoded.unit : replacementCharacter, at.out)};
+    return decoded.unit != 0;
+  };
+  return convert(p, n, 6, decode, out);
+}
+
 GsmResult utf8ToGsm(const unsigned char* p, unsigned int n, DataBuffer& out) {
-  constexpr unsigned int mostSeptets = 2;
-  bool isClean = true;
-  while (n) {
-    const unsigned int mostCharacters = std::min(n, bytesPerBlock);
-    unsigned char* room = out.growBy(mostCharacters * mostSeptets);
-    if (!room) return GsmResult::outOfMemory;
-    unsigned char* end = room;
-    for (unsigned int i = 0; n && i < mostCharacters; ++i) {
-      const Utf8Sequence sequence = decodeUtf8(p, n);
-      const Septets septets = sequence.isWellFormed ? septetsOf(sequence.codePoint) : Septets{};
-      isClean = isClean && septets.length;
-      if (septets.length == 0) *end++ = '?';
-      end = std::copy_n(septets.bytes, septets.length, end);
-      p += sequence.length;
-      n -= sequence.length;
-    }
-    out.keepWritten(static_cast<unsigned int>(end - room));
-  }
-  return isClean ? GsmResult::clean : GsmResult::lossy;
+  const auto encode = [](Position& at, const unsigned char* end) {
+    const Utf8Sequence sequence = decodeUtf8(at.in, static_cast<std::size_t>(end - at.in));
+    const Septets septets = sequence.isWellFormed ? septetsOf(sequence.codePoint) : Septets{};
+    if (septets.length == 0) *at.out++ = '?';
+    at = {at.in + sequence.length, std::copy_n(septets.bytes, septets.length, at.out)};
+    return septets.length != 0;
+  };
+  return convert(p, n, 4, encode, out);
 }
 
 bool _qvUtf::gsm_to_utf8(const unsigned char* p, unsigned int n, DataBuffer& out, LogBase&) {

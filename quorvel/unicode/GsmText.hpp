@@ -1,5 +1,7 @@
 #pragma once
 
+// The GSM alphabet for the converter, which must tell lost characters from failure.
+
 #include "quorvel/base/DataBuffer.h"
 
 namespace quorvel {

@@ -1,5 +1,13 @@
 #pragma once
 
+// What the ISO-2022 converters have in common.
+//
+// Each direction is a small machine. Its `run` is the loop of the kernel, which has
+// all of the state and does whatever text is made of. What that stops at is not such
+// text, or needs a table: `step` looks at the rest of the input, puts out what its
+// beginning shall become and returns how many bytes that used. `hadError` tells
+// whether any step left something out or wrote something else for it.
+
 #include <cstddef>
 #include <string_view>
 
@@ -7,13 +15,6 @@
 #include "quorvel/base/DataBuffer.h"
 #include "quorvel/kernel/Iso2022Text.hpp"
 
-/// What the ISO-2022 converters have in common.
-///
-/// Each direction is a small machine whose state is the set in use. Its `run`
-/// is the inner loop, which does whatever whole texts are made of. Its `step`
-/// looks at the rest of the input, puts out what the beginning of it means and
-/// returns how many bytes that used. `hadError` tells whether any step left
-/// something out or wrote something else for it.
 namespace quorvel::iso2022 {
 
 /// Where a step puts its bytes.
@@ -47,12 +48,12 @@ bool convert(Bytes in, DataBuffer& out, Machine& machine) {
   const auto loop = [&](const unsigned char* p, const unsigned char* stop, unsigned char* room) {
     while (true) {
       const Progress progress = machine.run(p, stop, room);
-      if (progress.in >= stop) return progress;
-      // What the end of the block cuts off is whole for a step.
+      const bool isBlockCut = progress.why == Stop::cutOff && stop != end;
+      if (progress.why == Stop::end || isBlockCut) return progress;
       Output output(progress.out);
       p = progress.in + machine.step({progress.in, end}, output);
       room = output.next();
-      if (p >= stop) return Progress{p, room};
+      if (p >= stop) return Progress{p, room, Stop::end};
     }
   };
   return runInBlocks(loop, in.data(), end, Machine::mostBytesPerTwo, out) == end;

@@ -1,3 +1,7 @@
+// ISO-2022-JP (RFC 1468, with JIS-Roman and katakana) and Shift_JIS. The loops of the
+// kernel do all that can be reckoned; here is the last block, rows 89 to 92, which
+// has a table, and what becomes of that which is no such text.
+
 #include "quorvel/unicode/Japanese.h"
 
 #include <cstddef>
@@ -29,9 +33,9 @@ unsigned int lastBlockCode(const unsigned char* block, std::size_t index) {
   return static_cast<unsigned int>(block[2 * index] << 8 | block[2 * index + 1]);
 }
 
-unsigned int sjisFromJis(unsigned char lead, unsigned char trail, const unsigned char* lastBlock) {
+unsigned int sjisFromLastBlock(unsigned char lead, unsigned char trail,
+                               const unsigned char* lastBlock) {
   const Place place = jis::placeFromJis(lead, trail);
-  if (!jis::isInLastBlock(place.row)) return jis::sjisFromPlace(place);
   const unsigned int index = (place.row - jis::firstLastBlockRow) * cellsPerRow + place.cell - 1;
   return lastBlockCode(lastBlock, index);
 }
@@ -46,11 +50,6 @@ unsigned int jisFromBeyond(unsigned int code, const unsigned char* lastBlock) {
   return noCode;
 }
 
-unsigned int jisFromSjis(unsigned char lead, unsigned char trail, const unsigned char* lastBlock) {
-  if (lead < 0xF0) return jis::jisFromPlace(jis::placeFromSjis(lead, trail));
-  return jisFromBeyond(static_cast<unsigned int>(lead << 8 | trail), lastBlock);
-}
-
 // --- Reading ----------------------------------------------------------------
 
 class Reader {
@@ -59,77 +58,32 @@ class Reader {
 
   explicit Reader(const unsigned char* lastBlock) : m_lastBlock(lastBlock) {}
 
-  // The shift is not for the loop.
   Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-    if (m_isShifted) return {in, out};
-    return kernel::iso2022().jisToShiftJis(in, end, out, m_designated);
+    return kernel::loops().iso2022JpToShiftJis(in, end, out, m_state);
   }
 
   std::size_t step(Bytes rest, Output& output) {
-    if (const std::size_t used = takeSwitch(rest)) return used;
-    switch (currentSet()) {
-      case Set::kanji:
-        return stepInKanji(rest, output);
-      case Set::katakana:
-        return stepInKatakana(rest, output);
-      case Set::ascii:
-        break;
+    if (rest[0] == iso2022::escape) {
+      // The characters of an unknown set are read as those of the old one.
+      if (iso2022::announcesSet(rest)) m_hadError = true;
+      output.put(rest[0]);
+      return 1;
     }
-    output.put(rest[0]);
+    if (rest.size() >= 2 && iso2022::isGraphic(rest[0]) && iso2022::isGraphic(rest[1])) {
+      output.putPair(sjisFromLastBlock(rest[0], rest[1], m_lastBlock));
+      return 2;
+    }
+    // Half a pair, or a byte with bit 7: those mean nothing in a 7-bit set, and in
+    // Shift_JIS they would be taken for something else.
+    m_hadError = true;
     return 1;
   }
 
   bool hadError() const { return m_hadError; }
 
  private:
-  // The shift and the designation are independent: what is designated while
-  // katakana are shifted in comes into use with the next SI.
-  Set currentSet() const { return m_isShifted ? Set::katakana : m_designated; }
-
-  std::size_t takeSwitch(Bytes rest) {
-    if (!iso2022::isSwitch(rest[0])) return 0;
-    if (rest[0] != iso2022::escape) {
-      m_isShifted = rest[0] == iso2022::shiftOut;
-      return 1;
-    }
-    if (const jis::Designation* designation = jis::findDesignation(rest)) {
-      m_designated = designation->set;
-      return designation->sequence.size();
-    }
-    // The characters of an unknown set are read as those of the old one.
-    if (iso2022::announcesSet(rest)) m_hadError = true;
-    return 0;
-  }
-
-  std::size_t stepInKanji(Bytes rest, Output& output) {
-    if (!iso2022::isGraphic(rest[0])) return carryAscii(rest[0], output);
-    if (rest.size() < 2 || !iso2022::isGraphic(rest[1])) return drop();
-    output.putPair(sjisFromJis(rest[0], rest[1], m_lastBlock));
-    return 2;
-  }
-
-  std::size_t stepInKatakana(Bytes rest, Output& output) {
-    if (!jis::isKatakana(rest[0])) return carryAscii(rest[0], output);
-    output.put(static_cast<unsigned char>(rest[0] | 0x80));
-    return 1;
-  }
-
-  // Bytes with bit 7 mean nothing in a 7-bit set, and in Shift_JIS they would
-  // be taken for something else.
-  std::size_t carryAscii(unsigned char byte, Output& output) {
-    if (byte >= 0x80) return drop();
-    output.put(byte);
-    return 1;
-  }
-
-  std::size_t drop() {
-    m_hadError = true;
-    return 1;
-  }
-
   const unsigned char* m_lastBlock;
-  Set m_designated = Set::ascii;
-  bool m_isShifted = false;
+  kernel::Iso2022JpReading m_state;
   bool m_hadError = false;
 };
 
@@ -142,27 +96,18 @@ class Writer {
   explicit Writer(const unsigned char* lastBlock) : m_lastBlock(lastBlock) {}
 
   Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-    return kernel::iso2022().shiftJisToJis(in, end, out, m_set);
+    return kernel::loops().shiftJisToIso2022Jp(in, end, out, m_set);
   }
 
   std::size_t step(Bytes rest, Output& output) {
-    const unsigned char byte = rest[0];
-    if (byte < 0x80) {
-      putAscii(byte, output);
+    // SO, SI and escapes would switch sets for the reader.
+    if (rest[0] < 0x80) {
+      m_hadError = true;
       return 1;
     }
-    if (jis::isHalfWidthKatakana(byte)) {
-      use(Set::katakana, output);
-      output.put(static_cast<unsigned char>(byte & 0x7F));
-      return 1;
-    }
-    use(Set::kanji, output);
-    if (!jis::isSjisLead(byte) || rest.size() < 2 || !jis::isSjisTrail(rest[1])) {
-      putKanji(noCode, output);
-      return 1;
-    }
-    putKanji(jisFromSjis(byte, rest[1], m_lastBlock), output);
-    return 2;
+    const bool isPair = rest.size() >= 2 && jis::isSjisLead(rest[0]) && jis::isSjisTrail(rest[1]);
+    putKanji(isPair ? jisFromBeyond(rest[0] << 8U | rest[1], m_lastBlock) : noCode, output);
+    return isPair ? 2 : 1;
   }
 
   bool hadError() const { return m_hadError; }
@@ -175,25 +120,11 @@ class Writer {
   }
 
  private:
-  // The line ends are ASCII like the rest, so every line ends in that set.
-  void putAscii(unsigned char byte, Output& output) {
-    if (iso2022::isSwitch(byte)) {
-      m_hadError = true;
-      return;
-    }
-    use(Set::ascii, output);
-    output.put(byte);
-  }
-
   void putKanji(unsigned int code, Output& output) {
+    if (m_set != Set::kanji) output.put(jis::sequenceFor(Set::kanji));
+    m_set = Set::kanji;
     if (code == noCode) m_hadError = true;
     output.putPair(code == noCode ? getaMark : code);
-  }
-
-  void use(Set set, Output& output) {
-    if (set == m_set) return;
-    output.put(jis::sequenceFor(set));
-    m_set = set;
   }
 
   const unsigned char* m_lastBlock;

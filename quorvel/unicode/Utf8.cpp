@@ -1,3 +1,6 @@
+// UTF-8 one character at a time. Whole texts go through the loops of the kernel, by
+// way of support/Transcode.cpp.
+
 #include <algorithm>
 
 #include "quorvel/kernel/Utf8Sequence.hpp"

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 #include "quorvel/kernel/Target.hpp"
 #include "tests/helpers/Bytes.h"
 #include "tests/helpers/Memory.h"
+#include "tests/helpers/RandomText.h"
 #include "tests/reference/TranscodeReference.h"
 
 /// Runs the kernels of one target between pages that may not be touched and
@@ -49,10 +51,22 @@ class FencedBytes {
 /// it must do.
 struct Direction {
   const char* name;
-  Loop* kernel::Utf::*loop;
+  Loop& (*loopOf)(const kernel::Loops&);
   std::size_t roomPerTwoBytes;
   Transcoded (*expected)(std::string_view);
-  std::size_t unit;  // the bytes that a text grows and shrinks by
+  bool (*isCutOff)(std::string_view rest);  // of what it leaves
+  std::size_t unit;                         // the bytes that a text grows and shrinks by
+};
+
+inline const char* nameOf(Stop why) {
+  return why == Stop::end ? "the end" : why == Stop::cutOff ? "a cut" : "something";
+}
+
+/// What a loop did with a text.
+struct Ran {
+  Transcoded text;
+  Stop why;
+  bool operator==(const Ran&) const = default;
 };
 
 class KernelTest : public testing::TestWithParam<Target> {
@@ -64,16 +78,36 @@ class KernelTest : public testing::TestWithParam<Target> {
   /// Whether the loop does what it must with the bytes at either edge of what
   /// it may touch.
   testing::AssertionResult agrees(const Direction& direction, std::string_view text) const {
-    const Transcoded expected = direction.expected(text);
+    const Ran expected = expectedOf(direction, text);
     for (const Edge edge : edges) {
-      const Transcoded got = run(direction, text, edge);
-      if (got == expected) continue;
-      return testing::AssertionFailure()
-             << direction.name << " of " << quorvel_test::hex(text) << "\nstopped at "
-             << got.consumed << ", not " << expected.consumed << "\nwrote "
-             << quorvel_test::hex(got.bytes) << "\nnot   " << quorvel_test::hex(expected.bytes);
+      const testing::AssertionResult result =
+          isSame(direction, text, run(direction, text, edge), expected);
+      if (!result) return result;
     }
     return testing::AssertionSuccess();
+  }
+
+  /// Whether the loop gives the same when it gets the text in pieces of up to
+  /// `longest` bytes, what it leaves in front of the next.
+  testing::AssertionResult agreesInPieces(const Direction& direction, std::string_view text,
+                                          std::size_t longest, test_text::Random& random) const {
+    Ran got{{}, Stop::end};
+    std::string pending;
+    for (std::size_t from = 0; from < text.size() && got.why != Stop::met;) {
+      const std::size_t length = 1 + test_text::below(random, longest);
+      pending += text.substr(from, length);
+      from += std::min(length, text.size() - from);
+      const Ran ran = run(direction, pending, Edge::back);
+      got.text.bytes += ran.text.bytes;
+      got.text.consumed += ran.text.consumed;
+      got.why = ran.why;
+      pending.erase(0, ran.text.consumed);
+      if (pending.size() >= 4 && ran.why != Stop::met) {
+        return testing::AssertionFailure()
+               << direction.name << " left " << quorvel_test::hex(pending);
+      }
+    }
+    return isSame(direction, text, got, expectedOf(direction, text));
   }
 
   /// As `agrees`, and again with what stands behind each place where it stops.
@@ -82,20 +116,39 @@ class KernelTest : public testing::TestWithParam<Target> {
     while (true) {
       testing::AssertionResult result = agrees(direction, text);
       const std::size_t consumed = direction.expected(text).consumed;
-      if (!result || consumed == text.size()) return result;
+      if (!result || text.size() - consumed < direction.unit) return result;
       text.remove_prefix(consumed + direction.unit);
     }
   }
 
  private:
-  Transcoded run(const Direction& direction, std::string_view text, Edge edge) const {
+  static Ran expectedOf(const Direction& direction, std::string_view text) {
+    const Transcoded expected = direction.expected(text);
+    const std::string_view rest = text.substr(expected.consumed);
+    return {expected, rest.empty()               ? Stop::end
+                      : direction.isCutOff(rest) ? Stop::cutOff
+                                                 : Stop::met};
+  }
+
+  static testing::AssertionResult isSame(const Direction& direction, std::string_view text,
+                                         const Ran& got, const Ran& expected) {
+    if (got == expected) return testing::AssertionSuccess();
+    return testing::AssertionFailure()
+           << direction.name << " of " << quorvel_test::hex(text) << "\nstopped at "
+           << got.text.consumed << " for " << nameOf(got.why) << ", not " << expected.text.consumed
+           << " for " << nameOf(expected.why) << "\nwrote " << quorvel_test::hex(got.text.bytes)
+           << "\nnot   " << quorvel_test::hex(expected.text.bytes);
+  }
+
+  Ran run(const Direction& direction, std::string_view text, Edge edge) const {
     unsigned char* in = m_in.at(edge, text.size());
     text.copy(reinterpret_cast<char*>(in), text.size());
     unsigned char* out = m_out.at(edge, text.size() * direction.roomPerTwoBytes / 2);
     const Progress progress =
-        (kernel::utfOf(GetParam()).*direction.loop)(in, in + text.size(), out);
-    return {{reinterpret_cast<char*>(out), static_cast<std::size_t>(progress.out - out)},
-            static_cast<std::size_t>(progress.in - in)};
+        direction.loopOf(kernel::loopsOf(GetParam()))(in, in + text.size(), out);
+    return {{{reinterpret_cast<char*>(out), static_cast<std::size_t>(progress.out - out)},
+             static_cast<std::size_t>(progress.in - in)},
+            progress.why};
   }
 
   static constexpr std::size_t most = 5U << 20;

@@ -26,6 +26,7 @@ struct Ended {
   std::string bytes;
   std::size_t consumed;
   State state;
+  Stop why;
   bool operator==(const Ended&) const = default;
 };
 
@@ -34,7 +35,7 @@ struct Ended {
 template <typename State>
 struct StatefulDirection {
   const char* name;
-  Progress (*(*loopOf)(Target))(const unsigned char*, const unsigned char*, unsigned char*, State&);
+  kernel::StatefulLoop<State>& (*loopOf)(const kernel::Loops&);
   std::size_t room;
   Converted (*convert)(const unsigned char* in, std::size_t size);
   Converted (*expected)(std::string_view text);
@@ -67,17 +68,50 @@ class StatefulKernelTest : public testing::TestWithParam<Target> {
         const Ended<State> plain = run(direction, Target::scalar, text, edge, state);
         const Ended<State> ended = run(direction, GetParam(), text, edge, state);
         if (ended == plain) continue;
-        return testing::AssertionFailure()
-               << direction.name << " of " << quorvel_test::hex(text) << "\nfrom state "
-               << &state - states << " stopped at " << ended.consumed << ", not " << plain.consumed
-               << ", wrote " << quorvel_test::hex(ended.bytes) << "\nnot "
-               << quorvel_test::hex(plain.bytes);
+        return isNot(direction, text, ended, plain) << "\nfrom state " << &state - states;
       }
     }
     return testing::AssertionSuccess();
   }
 
+  /// Whether the loop gives the same when it gets the text in pieces of up to
+  /// `longest` bytes, what it leaves in front of the next.
+  template <typename State, std::size_t numStates>
+  testing::AssertionResult agreesInPieces(const State (&states)[numStates],
+                                          const StatefulDirection<State>& direction,
+                                          std::string_view text, std::size_t longest,
+                                          test_text::Random& random) const {
+    for (const State& state : states) {
+      const Ended<State> whole = run(direction, Target::scalar, text, Edge::back, state);
+      Ended<State> got{{}, 0, state, Stop::end};
+      std::string pending;
+      for (std::size_t from = 0; from < text.size() && got.why != Stop::met;) {
+        const std::size_t length = 1 + test_text::below(random, longest);
+        pending += text.substr(from, length);
+        from += std::min(length, text.size() - from);
+        const Ended<State> ended = run(direction, GetParam(), pending, Edge::back, got.state);
+        pending.erase(0, ended.consumed);
+        if (ended.why != Stop::met && pending.size() >= 4) return testing::AssertionFailure();
+        got = {got.bytes + ended.bytes, got.consumed + ended.consumed, ended.state, ended.why};
+      }
+      if (!(got == whole)) return isNot(direction, text, got, whole) << "\nin pieces";
+    }
+    return testing::AssertionSuccess();
+  }
+
  private:
+  template <typename State>
+  static testing::AssertionResult isNot(const StatefulDirection<State>& direction,
+                                        std::string_view text, const Ended<State>& got,
+                                        const Ended<State>& expected) {
+    return testing::AssertionFailure()
+           << direction.name << " of " << quorvel_test::hex(text) << "\nstopped at " << got.consumed
+           << " for " << nameOf(got.why) << ", not " << expected.consumed << " for "
+           << nameOf(expected.why) << (got.state == expected.state ? "" : ", with another state")
+           << "\nwrote " << quorvel_test::hex(got.bytes) << "\nnot   "
+           << quorvel_test::hex(expected.bytes);
+  }
+
   unsigned char* placed(std::string_view text, Edge edge) const {
     unsigned char* in = m_in.at(edge, text.size());
     text.copy(reinterpret_cast<char*>(in), text.size());
@@ -89,10 +123,12 @@ class StatefulKernelTest : public testing::TestWithParam<Target> {
                    Edge edge, State state) const {
     const unsigned char* in = placed(text, edge);
     unsigned char* out = m_out.at(edge, text.size() * direction.room);
-    const Progress progress = (*direction.loopOf(target))(in, in + text.size(), out, state);
+    const Progress progress =
+        direction.loopOf(kernel::loopsOf(target))(in, in + text.size(), out, state);
     return {{reinterpret_cast<char*>(out), static_cast<std::size_t>(progress.out - out)},
             static_cast<std::size_t>(progress.in - in),
-            state};
+            state,
+            progress.why};
   }
 
   static constexpr std::size_t most = 1U << 18;

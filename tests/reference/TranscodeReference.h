@@ -59,6 +59,27 @@ inline Transcoded utf32ToUtf8(std::string_view text) {
 
 enum class Pairs { joined, left };
 
+/// Whether what a kernel left is only the beginning of something, in each form.
+
+inline bool isUtf8CutOff(std::string_view rest) {
+  const auto lead = static_cast<unsigned char>(rest[0]);
+  for (const Utf8Row& row : utf8Rows) {
+    if (lead < row.firstLow || lead > row.firstHigh) continue;
+    const Utf8Step step = utf8Step(rest);
+    return !step.wellFormed && step.consumed == rest.size() && step.looked == rest.size();
+  }
+  return false;
+}
+
+inline bool isUtf32CutOff(std::string_view rest) { return rest.size() < 4; }
+
+/// A high surrogate is only the beginning of something where pairs are joined.
+inline bool isUtf16CutOff(std::string_view rest, Pairs pairs) {
+  if (rest.size() < 2) return true;
+  const bool isHigh = (static_cast<unsigned char>(rest[1]) & 0xFC) == 0xD8;
+  return pairs == Pairs::joined && isHigh && rest.size() < 4;
+}
+
 inline Transcoded utf16ToUtf8(std::string_view text, Pairs pairs) {
   const auto unitAt = [&](std::size_t at) {
     char16_t unit = 0;
@@ -68,7 +89,7 @@ inline Transcoded utf16ToUtf8(std::string_view text, Pairs pairs) {
   const auto isHigh = [](char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; };
   const auto isLow = [](char16_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; };
   Transcoded result{};
-  while (result.consumed < text.size()) {
+  while (text.size() - result.consumed >= 2) {
     const char16_t unit = unitAt(result.consumed);
     if (unit == 0xFDEF) break;
     if (isHigh(unit)) {

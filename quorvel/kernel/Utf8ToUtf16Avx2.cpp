@@ -4,14 +4,14 @@
 #include <cstddef>
 
 #include "quorvel/kernel/Avx2.hpp"
-#include "quorvel/kernel/Utf.hpp"
-#include "quorvel/kernel/Utf8BlocksAvx2.hpp"
+#include "quorvel/kernel/Loops.hpp"
+#include "quorvel/kernel/Utf8ToUnitsAvx2.hpp"
 
 namespace quorvel::kernel::avx2 {
 
 namespace {
 
-using namespace utf8_blocks;
+using namespace utf8_to_units;
 
 // The high surrogate stands at the third byte of four, the low one at the
 // fourth; `high` gets 0x3F for the code point's highest bits when they are too
@@ -34,7 +34,6 @@ inline void makePairs(__m256i bytes, __m256i one, __m256i two, __m256i three, Ha
 }
 
 inline unsigned char* storeKept(__m128i units, unsigned int kept, unsigned char* out) {
-  kept &= 0xFF;
   store(_mm_shuffle_epi8(units, keepers[kept]), out);
   return out + std::ptrdiff_t{2} * _mm_popcnt_u32(kept);
 }
@@ -42,11 +41,11 @@ inline unsigned char* storeKept(__m128i units, unsigned int kept, unsigned char*
 struct Sixteen {
   static constexpr std::ptrdiff_t bytesPerUnit = 2;
   static constexpr std::ptrdiff_t bytesBeforeFourth = 2;  // the high surrogate
-  static constexpr Loop* finish = scalar::utf8ToUtf16;
+  static constexpr Loop& finish = scalar::utf8ToUtf16;
 
   template <bool hasFours>
   static Half decodeHalf(const unsigned char* p) {
-    Half half = utf8_blocks::decodeHalf<hasFours>(p);
+    Half half = utf8_to_units::decodeHalf<hasFours>(p);
     if constexpr (hasFours) makePairs(load(p), load(p - 1), load(p - 2), load(p - 3), half);
     return half;
   }
@@ -54,16 +53,12 @@ struct Sixteen {
   static unsigned char* storeHalf(const Half& half, unsigned char* out) {
     const __m256i even = _mm256_unpacklo_epi8(half.low, half.high);
     const __m256i odd = _mm256_unpackhi_epi8(half.low, half.high);
-    out = storeKept(lowHalf(even), half.kept, out);
-    out = storeKept(lowHalf(odd), half.kept >> 8, out);
-    out = storeKept(highHalf(even), half.kept >> 16, out);
-    return storeKept(highHalf(odd), half.kept >> 24, out);
+    return storeQuarters(even, odd, half.kept, out, storeKept);
   }
 
   static void widenBlock(const unsigned char* p, unsigned char* out) {
     for (std::ptrdiff_t i = 0; i < blockLength; i += 16) {
-      const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
-      store(_mm256_cvtepu8_epi16(bytes), out + 2 * i);
+      store(_mm256_cvtepu8_epi16(load16(p + i)), out + 2 * i);
     }
   }
 };
@@ -71,7 +66,7 @@ struct Sixteen {
 }  // namespace
 
 Progress utf8ToUtf16(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  return decode<Sixteen>(in, end, out);
+  return decode<Sixteen>({in, out}, end);
 }
 
 }  // namespace quorvel::kernel::avx2

@@ -1,17 +1,20 @@
-#include "tests/helpers/Kernels.h"
-
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "tests/helpers/Bytes.h"
+#include "tests/helpers/Kernels.h"
 #include "tests/helpers/RandomText.h"
 #include "tests/reference/TranscodeReference.h"
 
 namespace quorvel {
 namespace {
 
+using kernel::Loop;
+using kernel::Loops;
+using kernel::Target;
 using reference::allScalarValues;
 using reference::Pairs;
 using reference::Transcoded;
@@ -33,11 +36,29 @@ Transcoded joinedToUtf8(std::string_view text) {
 
 Transcoded leftToUtf8(std::string_view text) { return reference::utf16ToUtf8(text, Pairs::left); }
 
-constexpr Direction fromUtf8{"utf8ToUtf16", &kernel::Utf::utf8ToUtf16, 4, reference::utf8ToUtf16,
+bool isJoinedCutOff(std::string_view rest) { return reference::isUtf16CutOff(rest, Pairs::joined); }
+
+bool isLeftCutOff(std::string_view rest) { return reference::isUtf16CutOff(rest, Pairs::left); }
+
+constexpr Direction fromUtf8{"utf8ToUtf16",
+                             [](const Loops& loops) -> Loop& { return loops.utf8ToUtf16; },
+                             4,
+                             reference::utf8ToUtf16,
+                             reference::isUtf8CutOff,
                              1};
-constexpr Direction toUtf8{"utf16ToUtf8", &kernel::Utf::utf16ToUtf8, 3, joinedToUtf8, 2};
-constexpr Direction toUtf8WithoutPairs{"utf16ToUtf8WithoutPairs",
-                                       &kernel::Utf::utf16ToUtf8WithoutPairs, 3, leftToUtf8, 2};
+constexpr Direction toUtf8{"utf16ToUtf8",
+                           [](const Loops& loops) -> Loop& { return loops.utf16ToUtf8; },
+                           3,
+                           joinedToUtf8,
+                           isJoinedCutOff,
+                           2};
+constexpr Direction toUtf8WithoutPairs{
+    "utf16ToUtf8WithoutPairs",
+    [](const Loops& loops) -> Loop& { return loops.utf16ToUtf8WithoutPairs; },
+    3,
+    leftToUtf8,
+    isLeftCutOff,
+    2};
 
 std::string inUtf16(std::u32string_view text) {
   std::string bytes;
@@ -150,11 +171,87 @@ TEST_P(Kernels, TreatEachAwkwardUnitAlikeAtEachPlace) {
   }
 }
 
+TEST_P(Kernels, ConvertTextInPiecesOfAnyLength) {
+  Random random(5);
+  const std::vector<std::string> pieces = awkwardBytes();
+  const std::vector<std::string> units = awkwardUnits();
+  for (int i = 0; i < 3000; ++i) {
+    const std::u32string text = randomText(random, below(random, 150));
+    std::string eight = inUtf8(text);
+    std::string sixteen = inUtf16(text);
+    if (i % 2 == 0) damage(eight, pieces, 1, random);
+    if (i % 2 == 0) damage(sixteen, units, 2, random);
+    sixteen.resize(sixteen.size() - below(random, std::min<std::size_t>(sixteen.size() + 1, 4)));
+    for (const std::size_t longest : {1, 2, 5, 100}) {
+      ASSERT_TRUE(agreesInPieces(fromUtf8, eight, longest, random));
+      ASSERT_TRUE(agreesInPieces(toUtf8, sixteen, longest, random));
+      ASSERT_TRUE(agreesInPieces(toUtf8WithoutPairs, sixteen, longest, random));
+    }
+  }
+}
+
+TEST_P(Kernels, SayWhatTheEndCutsOff) {
+  for (const char32_t value : {0xE9, 0x7FF, 0x800, 0x3042, 0xFFFD, 0x10000, 0x1F600, 0x10FFFF}) {
+    const std::string character = inUtf8(std::u32string(1, value));
+    for (std::size_t before = 0; before < 140; ++before) {
+      for (std::size_t length = 1; length < character.size(); ++length) {
+        const std::string text = std::string(before, 'a') + character.substr(0, length);
+        ASSERT_TRUE(agrees(fromUtf8, text));
+      }
+      for (std::size_t length = 1; length < 4; ++length) {
+        const std::string units = inUtf16(std::u32string(before, U'\u3042'));
+        const std::string text = units + inUtf16(U"\U0001F600").substr(0, length);
+        ASSERT_TRUE(agrees(toUtf8, text));
+        ASSERT_TRUE(agrees(toUtf8WithoutPairs, text));
+      }
+    }
+  }
+}
+
 TEST_P(Kernels, AreThoseOfTheChosenTarget) {
   const kernel::Target before = kernel::currentTarget();
   kernel::setTarget(GetParam());
-  EXPECT_EQ(kernel::utf().utf8ToUtf16, kernel::utfOf(GetParam()).utf8ToUtf16);
+  EXPECT_EQ(kernel::currentTarget(), GetParam());
+  EXPECT_EQ(&kernel::loops(), &kernel::loopsOf(GetParam()));
   kernel::setTarget(before);
+}
+
+TEST(Targets, FallBackOnAPlainerOneThatTheMachineCanRun) {
+  EXPECT_TRUE(kernel::canRun(Target::scalar));
+  EXPECT_EQ(kernel::fallbackOf(Target::scalar), Target::scalar);
+  for (const Target target : kernel::allTargets) {
+    if (!kernel::canRun(target) || target == Target::scalar) continue;
+    EXPECT_LT(kernel::fallbackOf(target), target);
+    EXPECT_TRUE(kernel::canRun(kernel::fallbackOf(target)));
+  }
+}
+
+TEST(Targets, BeginWithOneThatTheMachineCanRun) {
+  EXPECT_TRUE(kernel::canRun(kernel::currentTarget()));
+}
+
+// A loop that is another target's would be as fast as that, without a word.
+TEST(Targets, HaveLoopsOfTheirOwn) {
+  const Loops& plain = kernel::loopsOf(Target::scalar);
+  for (const Target target : kernel::allTargets) {
+    if (target == Target::scalar || !kernel::canRun(target)) continue;
+    const Loops& loops = kernel::loopsOf(target);
+    EXPECT_NE(&loops.utf8ToUtf16, &plain.utf8ToUtf16);
+    EXPECT_NE(&loops.utf16ToUtf8, &plain.utf16ToUtf8);
+    EXPECT_NE(&loops.utf16ToUtf8WithoutPairs, &plain.utf16ToUtf8WithoutPairs);
+    EXPECT_NE(&loops.utf8ToUtf32, &plain.utf8ToUtf32);
+    EXPECT_NE(&loops.utf32ToUtf8, &plain.utf32ToUtf8);
+    EXPECT_NE(&loops.bytesToUnits, &plain.bytesToUnits);
+    EXPECT_NE(&loops.pairsToUnits, &plain.pairsToUnits);
+    EXPECT_NE(&loops.unitsToBytes, &plain.unitsToBytes);
+    EXPECT_NE(&loops.unitsToPairs, &plain.unitsToPairs);
+    EXPECT_NE(&loops.iso2022JpToShiftJis, &plain.iso2022JpToShiftJis);
+    EXPECT_NE(&loops.shiftJisToIso2022Jp, &plain.shiftJisToIso2022Jp);
+    EXPECT_NE(&loops.iso2022KrToKsc, &plain.iso2022KrToKsc);
+    EXPECT_NE(&loops.kscToIso2022Kr, &plain.kscToIso2022Kr);
+    EXPECT_NE(&loops.utf7ToUtf16, &plain.utf7ToUtf16);
+    EXPECT_NE(&loops.utf16ToUtf7, &plain.utf16ToUtf7);
+  }
 }
 
 }  // namespace

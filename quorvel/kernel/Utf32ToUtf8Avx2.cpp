@@ -5,7 +5,7 @@
 #include <cstddef>
 
 #include "quorvel/kernel/Avx2.hpp"
-#include "quorvel/kernel/Utf.hpp"
+#include "quorvel/kernel/Loops.hpp"
 
 namespace quorvel::kernel::avx2 {
 
@@ -117,18 +117,17 @@ inline unsigned char* encodeBlock(const unsigned char* in, unsigned char* out) {
 }  // namespace
 
 Progress utf32ToUtf8(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  while (end - in >= blockLength) {
-    if (end - in >= asciiLength && narrowUnits(in, out)) {
-      in += asciiLength;
-      out += asciiLength / 4;
+  Position at{in, out};
+  while (end - at.in >= blockLength) {
+    if (end - at.in >= asciiLength && narrowUnits(at.in, at.out)) {
+      at = {at.in + asciiLength, at.out + asciiLength / 4};
       continue;
     }
-    unsigned char* written = encodeBlock(in, out);
+    unsigned char* written = encodeBlock(at.in, at.out);
     if (!written) break;
-    in += blockLength;
-    out = written;
+    at = {at.in + blockLength, written};
   }
-  return scalar::utf32ToUtf8(in, end, out);
+  return scalar::utf32ToUtf8(at.in, end, at.out);
 }
 
 }  // namespace quorvel::kernel::avx2

@@ -1,11 +1,8 @@
 #pragma once
 
-#include "quorvel/kernel/Progress.hpp"
+// The flat tables of the code pages: all that a loop may do without asking is in
+// them, and 0 stands for everything else. `pages/FlatTables.cpp` fills them.
 
-/// The loops of the table-driven code pages, and the flat tables that they read:
-/// all that a loop may do without asking is in them, and 0 stands for everything
-/// else. They know no policy and stop at the end or in front of the first thing
-/// that has no mapping.
 namespace quorvel::kernel {
 
 inline constexpr unsigned int unitCount = 0x10000;
@@ -59,41 +56,5 @@ struct UnitsToBytes {
   const unsigned char* codes;
   unsigned int count;
 };
-
-/// One direction each; to and from UTF-16LE.
-struct Table {
-  /// Two bytes of room for each byte.
-  Progress (*bytesToUnits)(const BytesToUnits& table, const unsigned char* in,
-                           const unsigned char* end, unsigned char* out);
-
-  /// Multibyte text, two bytes of room for each byte from `in` to `stop` and for
-  /// one more. Starts no character at or behind `stop`, but looks at the bytes
-  /// behind, up to `end`. A pair is tried before its first byte alone.
-  Progress (*pairsToUnits)(const PairsToUnits& table, const unsigned char* in,
-                           const unsigned char* stop, const unsigned char* end, unsigned char* out);
-
-  /// To codes of one byte, one byte of room for each unit; half a unit at the
-  /// end is not looked at. U+0000 without a mapping is the byte 00.
-  Progress (*unitsToBytes)(const UnitsToBytes& table, const unsigned char* in,
-                           const unsigned char* end, unsigned char* out);
-
-  /// The same to codes of up to two bytes, with two bytes of room for each unit.
-  Progress (*unitsToPairs)(const UnitsToPairs& table, const unsigned char* in,
-                           const unsigned char* end, unsigned char* out);
-};
-
-namespace scalar {
-extern const Table table;
-
-/// As `Table::bytesToUnits`, by the units alone. The byte 00 is U+0000 whatever
-/// its entry says.
-Progress bytesToUnits(const unsigned short* units, const unsigned char* in,
-                      const unsigned char* end, unsigned char* out);
-}  // namespace scalar
-
-/// See `Utf.h`.
-namespace avx2 {
-extern const Table table;
-}
 
 }  // namespace quorvel::kernel

@@ -1,23 +1,31 @@
 #pragma once
 
+// Decodes UTF-8 in blocks of 64 bytes that follow each other whatever characters
+// they cut: every position works out the unit that it would be if a character
+// ended there, from its own byte and those in front of it, and then the positions
+// where a unit really ends are kept. Nothing waits for the length of a character.
+//
+// What becomes of the units is for a `Form`:
+//   bytesPerUnit       what a unit takes
+//   bytesBeforeFourth  what the first three bytes of four have become already
+//   decodeHalf         the units of 32 positions, and whether they are well-formed
+//   storeHalf          writes those that are kept
+//   widenBlock         writes a block of ASCII
+//   finish             the scalar loop, for what is no block and to find a fault
+//
+// Of 61 E3 81 82 C3 A9, "a", U+3042 and U+00E9, the places 1 and 2 end no unit, being
+// a lead and in the middle, and neither does 4. At place 3 the bytes two, one and
+// none in front, E3 81 82, give 3 << 12 | 01 << 6 | 02 = 3042; at place 5 C3 A9 gives
+// 3 << 6 | 29 = 00E9. Kept are the places 0, 3 and 5.
+//
+// Only the files of AVX2 kernels include this.
+
 #include <cstddef>
 
 #include "quorvel/kernel/Avx2.hpp"
+#include "quorvel/kernel/Loops.hpp"
 
-/// Decodes UTF-8 in blocks of 64 bytes that follow each other whatever characters
-/// they cut: every position works out the unit that it would be if a character
-/// ended there, from its own byte and those in front of it, and then the positions
-/// where a unit really ends are kept. Nothing waits for the length of a character.
-///
-/// What becomes of the units is for a `Form`:
-///   bytesPerUnit       what a unit takes
-///   bytesBeforeFourth  what the first three bytes of four have become already
-///   decodeHalf         the units of 32 positions, and whether they are well-formed
-///   storeHalf          writes those that are kept
-///   widenBlock         writes a block of ASCII
-///   finish             the scalar loop, for what is no block and to find a fault
-/// Only the files of AVX2 kernels include this.
-namespace quorvel::kernel::avx2::utf8_blocks {
+namespace quorvel::kernel::avx2::utf8_to_units {
 
 inline constexpr std::ptrdiff_t blockLength = 64;
 inline constexpr std::ptrdiff_t halfLength = blockLength / 2;
@@ -110,13 +118,12 @@ inline int bytesOpen(const unsigned char* p) {
 }
 
 template <typename Form>
-inline Progress widenBlocks(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  while (end - in >= blockLength && isAsciiBlock(in)) {
-    Form::widenBlock(in, out);
-    in += blockLength;
-    out += Form::bytesPerUnit * blockLength;
+inline Position widenBlocks(Position at, const unsigned char* end) {
+  for (; end - at.in >= blockLength && isAsciiBlock(at.in); at.in += blockLength) {
+    Form::widenBlock(at.in, at.out);
+    at.out += Form::bytesPerUnit * blockLength;
   }
-  return {in, out};
+  return at;
 }
 
 // Writes the block at `p` unless there is something ill-formed in it.
@@ -130,11 +137,11 @@ inline unsigned char* decodeBlock(const unsigned char* p, unsigned char* out) {
 
 // Goes on from `at`, which has at least three bytes in front of it.
 template <typename Form>
-inline Progress decodeBlocks(Progress at, const unsigned char* end) {
+inline Position decodeBlocks(Position at, const unsigned char* end) {
   while (end - at.in >= blockLength) {
     if (isAsciiBlock(at.in)) {
       if (at.in[-1] >= 0x80 && bytesOpen(at.in) != 0) break;
-      at = widenBlocks<Form>(at.in, end, at.out);
+      at = widenBlocks<Form>(at, end);
       continue;
     }
     unsigned char* written = mayHaveFours(at.in) ? decodeBlock<Form, true>(at.in, at.out)
@@ -147,13 +154,15 @@ inline Progress decodeBlocks(Progress at, const unsigned char* end) {
 }
 
 template <typename Form>
-inline Progress decode(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  if (end - in < leastBytes) return Form::finish(in, end, out);
-  Progress at = widenBlocks<Form>(in, end, out);
-  if (at.in == in) {
+inline Progress decode(Position at, const unsigned char* end) {
+  if (end - at.in < leastBytes) return Form::finish(at.in, end, at.out);
+  const unsigned char* const begin = at.in;
+  at = widenBlocks<Form>(at, end);
+  if (at.in == begin) {
     // Whole characters of these bytes are more than three, unless one is ill-formed.
-    at = Form::finish(in, in + 2 * bytesBehind + 1, out);
-    if (at.in - in < bytesBehind) return at;
+    const Progress first = Form::finish(begin, begin + 2 * bytesBehind + 1, at.out);
+    if (first.why == Stop::met) return first;
+    at = {first.in, first.out};
   }
   at = decodeBlocks<Form>(at, end);
   // What the block in question or the end holds: it is done again from the
@@ -161,4 +170,4 @@ inline Progress decode(const unsigned char* in, const unsigned char* end, unsign
   return Form::finish(at.in, end, at.out);
 }
 
-}  // namespace quorvel::kernel::avx2::utf8_blocks
+}  // namespace quorvel::kernel::avx2::utf8_to_units

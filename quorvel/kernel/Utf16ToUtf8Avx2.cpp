@@ -5,7 +5,7 @@
 #include <cstddef>
 
 #include "quorvel/kernel/Avx2.hpp"
-#include "quorvel/kernel/Utf.hpp"
+#include "quorvel/kernel/Loops.hpp"
 
 namespace quorvel::kernel::avx2 {
 
@@ -97,7 +97,6 @@ constexpr Shuffles makeOneToThree() {
 constexpr Shuffles oneToThree = makeOneToThree();
 
 inline unsigned char* storeOneToThree(__m128i bytes, unsigned int more, unsigned char* out) {
-  more &= 0xFF;
   return storeShuffled(bytes, oneToThree[more], 4 + _mm_popcnt_u32(more), out);
 }
 
@@ -112,10 +111,7 @@ inline unsigned char* storeUnits(__m256i units, __m256i lastTwo, __m256i isTwo,
   const unsigned int more = ~highBits(_mm256_blendv_epi8(isTwo, isOne, everyUnit(0x00FF)));
   const __m256i even = _mm256_unpacklo_epi16(first, rest);
   const __m256i odd = _mm256_unpackhi_epi16(first, rest);
-  out = storeOneToThree(lowHalf(even), more, out);
-  out = storeOneToThree(lowHalf(odd), more >> 8, out);
-  out = storeOneToThree(highHalf(even), more >> 16, out);
-  return storeOneToThree(highHalf(odd), more >> 24, out);
+  return storeQuarters(even, odd, more, out, storeOneToThree);
 }
 
 inline __m256i withLeadOfTwo(__m256i lastTwo, __m256i isTwo) {
@@ -129,7 +125,7 @@ inline unsigned char* encodeBasic(__m256i units, unsigned char* out) {
 
 // Of a pair each half has two of the four bytes; two bits of the high surrogate
 // are in the low one's first. Takes no more than the pairs that end in the block.
-inline Progress encodeWithPairs(const unsigned char* in, unsigned char* out) {
+inline Position encodeWithPairs(const unsigned char* in, unsigned char* out) {
   const __m256i units = load(in);
   const __m256i isHigh = areEqual(masked(units, 0xFC00), 0xD800);
   const __m256i isLow = areEqual(masked(units, 0xFC00), 0xDC00);
@@ -154,8 +150,8 @@ inline Progress encodeWithPairs(const unsigned char* in, unsigned char* out) {
   const __m256i isSurrogate = _mm256_or_si256(isHigh, isLow);
   out = storeUnits(units, lastTwo, _mm256_or_si256(isTwo, isSurrogate), out);
   // A high surrogate at the end is the next block's, as are its two bytes.
-  return highs >> 31 != 0 ? Progress{in + blockLength - 2, out - 2}
-                          : Progress{in + blockLength, out};
+  return highs >> 31 != 0 ? Position{in + blockLength - 2, out - 2}
+                          : Position{in + blockLength, out};
 }
 
 // U+FDEF and surrogates; without pairs both are left to the caller.
@@ -189,34 +185,37 @@ inline unsigned char* encodeStretch(const unsigned char* in, unsigned char* out)
   return encodeBasic(d, encodeBasic(c, encodeBasic(b, encodeBasic(a, out))));
 }
 
-// The block at `in`, or what can be had of it.
+// The block at `at.in`, or what can be had of it.
 template <bool joinsPairs>
-inline Progress encodeBlock(const unsigned char* in, unsigned char* out) {
-  const __m256i units = load(in);
-  if (haveNul(units)) return {in, out};
-  if (haveNone(units, 0xF800)) return {in + blockLength, encodeBelow0x800(units, out)};
-  if (highBits(areSpecial(units)) == 0) return {in + blockLength, encodeBasic(units, out)};
-  if (!joinsPairs || highBits(areEqual(units, undecidedUnit)) != 0) return {in, out};
-  return encodeWithPairs(in, out);
+inline Position encodeBlock(const Position& at) {
+  const __m256i units = load(at.in);
+  if (haveNul(units)) return at;
+  const unsigned char* const next = at.in + blockLength;
+  if (haveNone(units, 0xF800)) return {next, encodeBelow0x800(units, at.out)};
+  if (highBits(areSpecial(units)) == 0) return {next, encodeBasic(units, at.out)};
+  if (!joinsPairs || highBits(areEqual(units, undecidedUnit)) != 0) return at;
+  return encodeWithPairs(at.in, at.out);
 }
 
-// Blocks up to `stop`, behind which there is room to spare.
+// Whole blocks up to `stop`, behind which there is room to spare.
 template <bool joinsPairs>
-inline Progress encodeBlocks(const unsigned char* in, const unsigned char* stop, unsigned char* out,
-                             Loop* byUnit) {
-  while (stop - in >= blockLength) {
-    Progress at = encodeBlock<joinsPairs>(in, out);
-    if (at.in == in) at = byUnit(in, in + blockLength, out);
-    if (at.in == in) break;
-    in = at.in;
-    out = at.out;
+inline Progress encodeBlocks(Position at, const unsigned char* stop, Loop& byUnit) {
+  while (stop - at.in >= blockLength) {
+    const Position next = encodeBlock<joinsPairs>(at);
+    if (next.in != at.in) {
+      at = next;
+      continue;
+    }
+    const Progress stepped = byUnit(at.in, at.in + blockLength, at.out);
+    if (stepped.why == Stop::met) return stepped;
+    at = {stepped.in, stepped.out};
   }
-  return {in, out};
+  return {at.in, at.out, Stop::end};
 }
 
 template <bool joinsPairs>
 inline Progress encode(const unsigned char* in, const unsigned char* end, unsigned char* out,
-                       Loop* byUnit) {
+                       Loop& byUnit) {
   if (end - in < leastBytes) return byUnit(in, end, out);
   const unsigned char* const last = end - spareLength;
   while (last - in >= stretchLength) {
@@ -225,13 +224,14 @@ inline Progress encode(const unsigned char* in, const unsigned char* end, unsign
       out = written;
       continue;
     }
-    const Progress at = encodeBlocks<joinsPairs>(in, in + stretchLength, out, byUnit);
-    if (at.in == in) return at;
-    in = at.in;
-    out = at.out;
+    const Progress blocks = encodeBlocks<joinsPairs>({in, out}, in + stretchLength, byUnit);
+    if (blocks.why == Stop::met) return blocks;
+    in = blocks.in;
+    out = blocks.out;
   }
-  const Progress at = encodeBlocks<joinsPairs>(in, last, out, byUnit);
-  return byUnit(at.in, end, at.out);
+  const Progress blocks = encodeBlocks<joinsPairs>({in, out}, last, byUnit);
+  if (blocks.why == Stop::met) return blocks;
+  return byUnit(blocks.in, end, blocks.out);
 }
 
 }  // namespace

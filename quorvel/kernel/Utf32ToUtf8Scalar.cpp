@@ -1,0 +1,46 @@
+// UTF-32 to UTF-8, unit by unit, and ASCII four units at a time.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "quorvel/kernel/AsciiRun.hpp"
+#include "quorvel/kernel/Loops.hpp"
+#include "quorvel/kernel/Utf32Unit.hpp"
+#include "quorvel/kernel/Utf8Sequence.hpp"
+
+namespace quorvel::kernel::scalar {
+
+namespace {
+
+constexpr std::ptrdiff_t unitsPerRun = 4;
+
+// Writes units of ASCII as long as there are four of them.
+Position narrowRuns(const unsigned char* in, const unsigned char* end, unsigned char* out) {
+  constexpr std::uint64_t others = 0xFFFFFF80FFFFFF80U;
+  while (end - in >= unitsPerRun * utf32UnitLength) {
+    if (((loadRun(in) | loadRun(in + runLength)) & others) != 0) break;
+    for (std::ptrdiff_t i = 0; i < unitsPerRun; ++i) {
+      *out++ = static_cast<unsigned char>(loadUtf32(in + i * utf32UnitLength));
+    }
+    in += unitsPerRun * utf32UnitLength;
+  }
+  return {in, out};
+}
+
+}  // namespace
+
+Progress utf32ToUtf8(const unsigned char* in, const unsigned char* end, unsigned char* out) {
+  while (end - in >= utf32UnitLength) {
+    const char32_t unit = loadUtf32(in);
+    if (!isScalarValue(unit)) return {in, out, Stop::met};
+    out = encodeUtf8(unit, out);
+    in += utf32UnitLength;
+    if (unit >= 0x80) continue;
+    const Position at = narrowRuns(in, end, out);
+    in = at.in;
+    out = at.out;
+  }
+  return {in, out, in == end ? Stop::end : Stop::cutOff};
+}
+
+}  // namespace quorvel::kernel::scalar
