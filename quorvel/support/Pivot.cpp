@@ -215,8 +215,8 @@ class Pivot {
   // A long text that goes as one block would outgrow the storage again and again.
   void reserveForOneBlock() {
     if (m_blockLength <= sourceBytesPerBlock) return;
-    const std::size_t most = mostOutput(m_blockLength, 4);
-    m_pivot.ensureBuffer(static_cast<unsigned int>(std::min<std::size_t>(most, mostBytes)));
+    const std::uint64_t most = mostOutput(m_blockLength, 4);
+    m_pivot.ensureBuffer(static_cast<unsigned int>(std::min<std::uint64_t>(most, mostBytes)));
   }
 
   // As much as the rest will need if it is like the text so far; where that cannot
