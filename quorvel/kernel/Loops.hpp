@@ -71,7 +71,7 @@ struct Loops {
   /// value.
   Loop& utf32ToUtf8;
 
-  // --- Code pages and UTF-16 (PageTables.hpp) --------------------------------
+  // --- Code pages and UTF-16 (LoopTables.hpp) --------------------------------
   // They stop in front of the first thing that has no mapping.
 
   /// Two bytes of room for each byte.

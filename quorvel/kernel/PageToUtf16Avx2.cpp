@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <cstring>
 
+#include "quorvel/kernel/LoopTables.hpp"
 #include "quorvel/kernel/Loops.hpp"
 #include "quorvel/kernel/PageEntriesAvx2.hpp"
-#include "quorvel/kernel/PageTables.hpp"
 
 namespace quorvel::kernel::avx2 {
 

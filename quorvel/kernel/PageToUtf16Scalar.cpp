@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "quorvel/kernel/AsciiRun.hpp"
+#include "quorvel/kernel/LoopTables.hpp"
 #include "quorvel/kernel/Loops.hpp"
-#include "quorvel/kernel/PageTables.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
 
 namespace quorvel::kernel::scalar {

@@ -14,7 +14,7 @@
 //                                 those of UTF-16 or UTF-32
 //   NameTarget.hpp                what several files of that target stand on, such as
 //                                 Iso2022Avx2.hpp; nobody else includes it
-//   PageTables.hpp and ...Text    tables, states and facts about an encoding, the
+//   LoopTables.hpp and ...Text    tables, states and facts about an encoding, the
 //                                 same for all targets
 //
 // The scalar loops are plain C++ and judge everything step by step. Those of other

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "quorvel/kernel/LoopTables.hpp"
 #include "quorvel/kernel/Loops.hpp"
 #include "quorvel/kernel/PageEntriesAvx2.hpp"
-#include "quorvel/kernel/PageTables.hpp"
 
 namespace quorvel::kernel::avx2 {
 

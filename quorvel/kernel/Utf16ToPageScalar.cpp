@@ -1,7 +1,7 @@
 // UTF-16 to code pages by their tables, unit by unit.
 
+#include "quorvel/kernel/LoopTables.hpp"
 #include "quorvel/kernel/Loops.hpp"
-#include "quorvel/kernel/PageTables.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
 
 namespace quorvel::kernel::scalar {

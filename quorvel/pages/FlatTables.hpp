@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "quorvel/kernel/PageTables.hpp"
+#include "quorvel/kernel/LoopTables.hpp"
 #include "quorvel/pages/PackedList.hpp"
 #include "quorvel/pages/PageTables.hpp"
 

@@ -4,7 +4,7 @@
 #include <iterator>
 #include <memory>
 
-#include "quorvel/kernel/PageTables.hpp"
+#include "quorvel/kernel/LoopTables.hpp"
 #include "quorvel/pages/ArabicDigits.hpp"
 
 namespace quorvel {

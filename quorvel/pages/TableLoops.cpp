@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <iterator>
 
-#include "quorvel/kernel/PageTables.hpp"
+#include "quorvel/kernel/LoopTables.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
 
 namespace quorvel {

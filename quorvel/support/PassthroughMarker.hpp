@@ -3,8 +3,8 @@
 #include <cstddef>
 
 #include "quorvel/base/DataBuffer.h"
+#include "quorvel/kernel/LoopTables.hpp"
 #include "quorvel/kernel/Loops.hpp"
-#include "quorvel/kernel/PageTables.hpp"
 
 // How substitutions cross the pivot: while a source is decoded, a handler puts a
 // marker and a count in front of the bytes that it writes for the destination
