@@ -8,6 +8,7 @@
 // half-width katakana. Row 16, cell 1 is 30 21 in JIS; rows 15 and 16 share the
 // lead 88, and the first cell of an even row has the trail 9F: 88 9F.
 
+#include <algorithm>
 #include <string_view>
 
 #include "quorvel/kernel/Iso2022Text.hpp"
@@ -83,10 +84,9 @@ inline const Designation* findDesignation(iso2022::Bytes text) {
 
 /// Whether `text` is the first part of a designation, and not all of it.
 inline bool isDesignationCutOff(iso2022::Bytes text) {
-  for (const Designation& designation : designations) {
-    if (iso2022::isCutOff(text, designation.sequence)) return true;
-  }
-  return false;
+  return std::ranges::any_of(designations, [&](const Designation& designation) {
+    return iso2022::isCutOff(text, designation.sequence);
+  });
 }
 
 /// What is written for a set: the first of those that announce it.

@@ -106,7 +106,9 @@ class Writer {
       return 1;
     }
     const bool isPair = rest.size() >= 2 && jis::isSjisLead(rest[0]) && jis::isSjisTrail(rest[1]);
-    putKanji(isPair ? jisFromBeyond(rest[0] << 8U | rest[1], m_lastBlock) : noCode, output);
+    putKanji(isPair ? jisFromBeyond(static_cast<unsigned int>(rest[0] << 8 | rest[1]), m_lastBlock)
+                    : noCode,
+             output);
     return isPair ? 2 : 1;
   }
 
