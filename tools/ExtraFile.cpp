@@ -1,3 +1,6 @@
+// Reads a file of codepages/extra, line by line. A line is told by the last character of
+// its label; what each kind of file may say is asked first.
+
 #include "tools/ExtraFile.h"
 
 #include <map>

@@ -1,3 +1,5 @@
+// Reads a file of codepages, line by line, in the form that codepages/README.md tells.
+
 #include "tools/MappingFile.h"
 
 #include <map>

@@ -1,3 +1,5 @@
+// What the two kinds of mapping files have in common.
+
 #include "tools/Notation.h"
 
 namespace pack {

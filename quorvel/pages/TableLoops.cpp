@@ -1,3 +1,6 @@
+// The loops over a caller's table, character by character: the slot that a character
+// belongs to is probed, and where that does not decide, the table is asked.
+
 #include "quorvel/pages/TableLoops.hpp"
 
 #include <algorithm>
