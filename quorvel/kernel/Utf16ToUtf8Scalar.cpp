@@ -15,9 +15,6 @@ namespace {
 
 // What no run takes: U+0000 goes, a low surrogate without a high one in front is
 // written as it is, a pair is joined.
-//
-// contract: U+0000 goes without a word, here and nowhere else. Callers hand what they
-// get to readers of C strings, for whom it would end the text.
 template <bool joinsPairs>
 Progress encodeOne(Position at, const unsigned char* end) {
   const unsigned int unit = loadUnit(at.in);
