@@ -1,3 +1,5 @@
+// Lets those take part in a row whose results are ours to the byte.
+
 #include "Agreement.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// Text in many languages, as long as wanted: sentences of the files in corpora/, drawn by
+// a fixed seed.
+
 #include "Corpus.h"
 
 #include <fstream>

@@ -1,3 +1,5 @@
+// Conversions by the iconv of glibc.
+
 #include <iconv.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Conversions by ICU.
+
 #include <unicode/ucnv.h>
 #include <unicode/ucnv_err.h>
 #include <unicode/ustring.h>

@@ -1,3 +1,6 @@
+// The speed of all that take part in a row, measured in turn. Of several names and ways of
+// a peer the fastest is taken.
+
 #include "Measure.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Draws the bars of docs/performance.svg.
+
 #include "Plot.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// Our own conversions, with the kernels of one target; the only file that knows how these
+// are chosen.
+
 #include <stdexcept>
 
 #include "Contender.h"

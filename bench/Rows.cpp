@@ -1,3 +1,5 @@
+// The conversions that are measured, by the names that we and the peers have for them.
+
 #include "Rows.h"
 
 #include <sstream>

@@ -1,3 +1,5 @@
+// The source text of a row, encoded by a peer.
+
 #include "SourceText.h"
 
 #include <stdexcept>

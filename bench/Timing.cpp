@@ -1,3 +1,6 @@
+// Measures by Google Benchmark, which runs each job as often as a time that can be
+// believed takes.
+
 #include "Timing.h"
 
 #include <benchmark/benchmark.h>

@@ -1,3 +1,6 @@
+// Reading and writing without losing anything: an output stands beside the file that it
+// replaces until it is whole.
+
 #include "cli/Files.h"
 
 #include <fcntl.h>

@@ -1,3 +1,6 @@
+// ISO-2022 by the converters themselves, which tell what they left out; conversions of the
+// library do not.
+
 #include "cli/Iso2022.h"
 
 #include <limits>
@@ -23,6 +26,22 @@ bool isTooLong(const DataBuffer& text) {
 
 int sizeOf(const DataBuffer& text) { return static_cast<int>(text.getSize()); }
 
+using JapaneseWay = bool (Japanese::*)(const unsigned char*, int, DataBuffer&, quorvel::LogBase&);
+using KoreanWay = bool (Korean::*)(const unsigned char*, int, DataBuffer&);
+
+// Goes the way of the encoding. True when nothing was left out.
+bool convert(int codePage, JapaneseWay japaneseWay, KoreanWay koreanWay, const DataBuffer& text,
+             DataBuffer& out) {
+  if (isTooLong(text)) return false;
+  if (isIso2022Jp(codePage)) {
+    Japanese japanese;
+    quorvel::NullLog log;
+    return (japanese.*japaneseWay)(text.getData2(), sizeOf(text), out, log) && !japanese.m_hadError;
+  }
+  Korean korean;
+  return (korean.*koreanWay)(text.getData2(), sizeOf(text), out) && !korean.m_hadError;
+}
+
 }  // namespace
 
 bool isIso2022(int codePage) {
@@ -34,27 +53,11 @@ int pageBehindIso2022(int codePage) {
 }
 
 bool readIso2022(int codePage, const DataBuffer& text, DataBuffer& out) {
-  if (isTooLong(text)) return false;
-  if (isIso2022Jp(codePage)) {
-    Japanese japanese;
-    quorvel::NullLog log;
-    return japanese.Iso2022ToShiftJis(text.getData2(), sizeOf(text), out, log) &&
-           !japanese.m_hadError;
-  }
-  Korean korean;
-  return korean.Iso2022ToKsc(text.getData2(), sizeOf(text), out) && !korean.m_hadError;
+  return convert(codePage, &Japanese::Iso2022ToShiftJis, &Korean::Iso2022ToKsc, text, out);
 }
 
 bool writeIso2022(int codePage, const DataBuffer& text, DataBuffer& out) {
-  if (isTooLong(text)) return false;
-  if (isIso2022Jp(codePage)) {
-    Japanese japanese;
-    quorvel::NullLog log;
-    return japanese.ShiftJisToIso2022(text.getData2(), sizeOf(text), out, log) &&
-           !japanese.m_hadError;
-  }
-  Korean korean;
-  return korean.KscToIso2022(text.getData2(), sizeOf(text), out) && !korean.m_hadError;
+  return convert(codePage, &Japanese::ShiftJisToIso2022, &Korean::KscToIso2022, text, out);
 }
 
 }  // namespace qvconv

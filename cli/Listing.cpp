@@ -1,3 +1,5 @@
+// What `qvconv -l` prints.
+
 #include "cli/Listing.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// The command line, and what is wrong with it.
+
 #include "cli/Options.h"
 
 #include <CLI/CLI.hpp>

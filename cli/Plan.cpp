@@ -1,3 +1,7 @@
+// Which calls convert between two encodings so that their results tell whether all of a
+// text arrived. docs/behaviour.md has the table of what the results of the library say;
+// where they say nothing, the text is looked at here or goes another way.
+
 #include "cli/Plan.h"
 
 #include <algorithm>

@@ -11,11 +11,7 @@
 namespace quorvel {
 namespace {
 
-using quorvel_test::byteString;
-using quorvel_test::contentOf;
-using quorvel_test::fill;
-using quorvel_test::hex;
-using quorvel_test::sizeOf;
+using namespace quorvel_test;
 using test_memory::GuardedBytes;
 
 constexpr std::string_view alphabet =

@@ -16,11 +16,7 @@
 namespace quorvel {
 namespace {
 
-using quorvel_test::byteString;
-using quorvel_test::contentOf;
-using quorvel_test::fill;
-using quorvel_test::hex;
-using quorvel_test::sizeOf;
+using namespace quorvel_test;
 
 // The table of the smallest useful code page: 16 bytes.
 const std::string sample = byteString("61 75 80 AC 20 00 40 81 00 30 01 00 01 00 00 00");

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+#include <string>
 #include <vector>
 
 #include "quorvel/pages/CodePages.hpp"
@@ -23,6 +26,24 @@ Numbers pagesThat(const Predicate& is) {
   }
   return found;
 }
+
+std::string behaviourDocument() {
+  std::ifstream file(QUORVEL_DOCS_DIR "/behaviour.md");
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// "932, 936 and 949".
+std::string enumerated(const Numbers& numbers, const std::string& lastJoint) {
+  std::string text;
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    if (i > 0) text += i + 1 < numbers.size() ? ", " : lastJoint;
+    text += std::to_string(numbers[i]);
+  }
+  return text;
+}
+
+bool coversTwoBytes(const CodePage& page) { return page.traits.bytesPerError == 2; }
+bool takesAsciiDigits(const CodePage& page) { return page.traits.takesAsciiDigits; }
 
 TEST(CodePageRows, AreFoundByTheirNumbers) {
   for (unsigned int i = 0; i < quorvel::codePageCount; ++i) {
@@ -47,13 +68,11 @@ TEST(CodePageRows, AreEmptyForEveryOtherNumber) {
 }
 
 TEST(CodePageRows, SayWhichErrorsCoverTwoBytes) {
-  EXPECT_EQ(pagesThat([](const CodePage& page) { return page.traits.bytesPerError == 2; }),
-            (Numbers{932, 936, 949, 950, 51932, 51936, 51949}));
+  EXPECT_EQ(pagesThat(coversTwoBytes), (Numbers{932, 936, 949, 950, 51932, 51936, 51949}));
 }
 
 TEST(CodePageRows, SayWhichPagesTakeAsciiDigits) {
-  EXPECT_EQ(pagesThat([](const CodePage& page) { return page.traits.takesAsciiDigits; }),
-            (Numbers{1256, 28596}));
+  EXPECT_EQ(pagesThat(takesAsciiDigits), (Numbers{1256, 28596}));
 }
 
 TEST(CodePageRows, SayWhereUsAsciiIsCopied) {
@@ -73,6 +92,14 @@ TEST(CodePageRows, SayWhatAnIso2022EncodingStandsOn) {
             (Numbers{50220, 50221, 50222}));
   EXPECT_EQ(pagesThat([](const CodePage& page) { return page.table.wrapped == 949; }),
             (Numbers{50225}));
+}
+
+TEST(CodePageRows, AgreeWithWhatTheDocumentSaysOfThem) {
+  const std::string document = behaviourDocument();
+  const std::string errors = "two in " + enumerated(pagesThat(coversTwoBytes), " and ") + " |";
+  EXPECT_NE(document.find(errors), std::string::npos) << errors;
+  const std::string digits = "| " + enumerated(pagesThat(takesAsciiDigits), ", ") + " | both sets";
+  EXPECT_NE(document.find(digits), std::string::npos) << digits;
 }
 
 }  // namespace

@@ -14,10 +14,7 @@
 namespace quorvel {
 namespace {
 
-using quorvel_test::byteString;
-using quorvel_test::contentOf;
-using quorvel_test::fill;
-using quorvel_test::hex;
+using namespace quorvel_test;
 using test_memory::Mapping;
 using test_memory::MemoryLimit;
 

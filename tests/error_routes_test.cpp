@@ -414,6 +414,17 @@ TEST(MarkedBytes, AreLostWhereTheyEndBehindTheLastWholeUnit) {
   EXPECT_EQ(convert(withSubstitute("'12'"), 1252, 437, "61 81 81"), convertsWithError("'a1212'"));
 }
 
+// Marker, count and two bytes are five bytes: half a unit is over at the end.
+TEST(MarkedBytes, CostTheLastCharacterWhereTheirNumberIsEven) {
+  EXPECT_EQ(convert(withSubstitute("'[]'"), 65001, 1252, "61 FF 62"), convertsWithError("'a[]'"));
+  EXPECT_EQ(convert(withSubstitute("'[]'"), 65001, 1252, "61 FF FF 62"),
+            convertsWithError("'a[][]b'"));
+  EXPECT_EQ(convert(withSubstitute("'[?]'"), 65001, 1252, "61 FF 62"),
+            convertsWithError("'a[?]b'"));
+  EXPECT_EQ(convert(withAction(7), 932, 1252, "61 85 40 62"), convertsWithError("61 85 40"));
+  EXPECT_EQ(convert(withAction(7), 932, 1252, "61 85 40"), convertsWithError("61"));
+}
+
 TEST(MarkedBytes, AreRewrittenWhereTheyLookLikeArabicDigits) {
   // The second pair of them stands at an even position of the pivot.
   EXPECT_EQ(convert(withSubstitute("60 06"), 1252, 1256, "81 81 61"),

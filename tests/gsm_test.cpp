@@ -14,11 +14,7 @@
 namespace quorvel {
 namespace {
 
-using quorvel_test::byteString;
-using quorvel_test::contentOf;
-using quorvel_test::fill;
-using quorvel_test::hex;
-using quorvel_test::sizeOf;
+using namespace quorvel_test;
 using reference::encodeUtf8;
 
 constexpr unsigned int escape = 0x1B;

@@ -79,26 +79,30 @@ Keys keysOf(const HashConvert* table) {
   return keys;
 }
 
-const Keys& pairsOf(int codePage) {
-  static std::map<int, Keys> known;
+using KnownKeys = std::map<int, Keys>;
+
+/// Those of the table that `ensure` makes and `hashOf` finds, looked at once.
+template <typename Ensure, typename HashOf>
+const Keys& keysOnce(KnownKeys& known, int codePage, const Ensure& ensure, const HashOf& hashOf) {
   const auto [found, isNew] = known.try_emplace(codePage);
   if (isNew) {
     NullLog log;
-    EncodingConvert::ensureHashToUnicode(codePage, log);
-    found->second = keysOf(quorvel::reference::toUnicodeHashOf(codePage));
+    ensure(codePage, log);
+    found->second = keysOf(hashOf(codePage));
   }
   return found->second;
 }
 
+const Keys& pairsOf(int codePage) {
+  static KnownKeys known;
+  return keysOnce(known, codePage, EncodingConvert::ensureHashToUnicode,
+                  quorvel::reference::toUnicodeHashOf);
+}
+
 const Keys& unitsOf(int codePage) {
-  static std::map<int, Keys> known;
-  const auto [found, isNew] = known.try_emplace(codePage);
-  if (isNew) {
-    NullLog log;
-    EncodingConvert::ensureHashFromUnicode(codePage, log);
-    found->second = keysOf(quorvel::reference::fromUnicodeHashOf(codePage));
-  }
-  return found->second;
+  static KnownKeys known;
+  return keysOnce(known, codePage, EncodingConvert::ensureHashFromUnicode,
+                  quorvel::reference::fromUnicodeHashOf);
 }
 
 void add(Bytes& text, const Bytes& more) { text.insert(text.end(), more.begin(), more.end()); }

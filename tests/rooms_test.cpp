@@ -7,6 +7,7 @@
 #include <fstream>
 #include <map>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -117,5 +118,26 @@ TEST(Rooms, HaveTheirPublicHeadersInTheOneThatIncludesThemAll) {
   }
   EXPECT_THAT(includesIn("quorvel/quorvel.h"), testing::UnorderedElementsAreArray(publicHeaders));
 }
+
+// A row "| `pages` | base, codepages, kernel | ..." for each room.
+std::map<std::string, std::set<std::string>> documentedArrows() {
+  std::map<std::string, std::set<std::string>> found;
+  std::ifstream document(root / "docs/design.md");
+  bool isInTable = false;
+  for (std::string line; std::getline(document, line);) {
+    isInTable = line.starts_with("| room |") || (isInTable && line.starts_with("|"));
+    if (!isInTable || !line.starts_with("| `")) continue;
+    const std::size_t nameEnd = line.find('`', 3);
+    std::istringstream others(line.substr(nameEnd + 4, line.find('|', nameEnd + 4) - nameEnd - 4));
+    auto& standsOn = found[line.substr(3, nameEnd - 3)];
+    for (std::string other; others >> other;) {
+      if (other.ends_with(',')) other.pop_back();
+      standsOn.insert(other);
+    }
+  }
+  return found;
+}
+
+TEST(Rooms, StandInTheDesignDocumentOnWhatTheyMayInclude) { EXPECT_EQ(documentedArrows(), arrows); }
 
 }  // namespace

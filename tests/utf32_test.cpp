@@ -12,13 +12,7 @@
 namespace quorvel {
 namespace {
 
-using quorvel_test::byteString;
-using quorvel_test::contentOf;
-using quorvel_test::fill;
-using quorvel_test::hex;
-using quorvel_test::sizeOf;
-using quorvel_test::unit32;
-using quorvel_test::unsignedBytes;
+using namespace quorvel_test;
 using reference::IllFormedUtf8;
 using reference::illFormedUtf8;
 using test_memory::GuardedBytes;

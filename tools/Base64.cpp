@@ -1,3 +1,5 @@
+// Base64 as ContentCoding decodes it.
+
 #include "tools/Base64.h"
 
 #include "quorvel/kernel/Base64Digits.hpp"

@@ -1,3 +1,6 @@
+// Reads a file of codepages/extra, line by line. A line is told by the last character of
+// its label; what each kind of file may say is asked first.
+
 #include "tools/ExtraFile.h"
 
 #include <map>
@@ -26,17 +29,13 @@ std::optional<unsigned int> placeOf(std::string_view code) {
   return static_cast<unsigned int>(place);
 }
 
-// Reads the lines one after the other and holds what they must not contradict.
-class Reader {
+// Reads the lines and holds what they must not contradict.
+class Reader : LineReader {
  public:
-  Reader(const InputFile& file, ExtraFile& extra) : m_file(file), m_extra(extra) {}
+  Reader(const InputFile& file, ExtraFile& extra) : LineReader(file), m_extra(extra) {}
 
   void read() {
-    for (const Line& line : m_file.lines) {
-      m_line = &line;
-      m_words = splitWords(line.text);
-      if (!m_words.empty()) readLine();
-    }
+    forEachLine([this] { readLine(); });
     checkWhole();
   }
 
@@ -46,7 +45,7 @@ class Reader {
     const char mark = m_words[0].back();
     const bool isWhole = m_extra.kind == Kind::WholePage;
     if (m_words[0] == "same-as" && m_words.size() == 2 && m_extra.kind == Kind::BestFit) {
-      m_extra.sameAs = referenceOf(m_file, *m_line, m_words[1]);
+      m_extra.sameAs = referenceOf(m_words[1]);
     } else if (isWhole && m_line->text == "lower-half ascii") {
       m_hasLowerHalf = true;
     } else if (isWhole && (mark == ':' || mark == '<') &&
@@ -83,19 +82,19 @@ class Reader {
   template <typename Take>
   void forEachOfRow(std::string_view label, unsigned int& last, const Take& take) {
     const unsigned int first = parseCode(label, 4);
-    checkRow(m_file, *m_line, m_words, first);
+    checkRow(first);
     if (first <= last) fail("out of order");
     last = first;
     for (unsigned int i = 0; i < codesPerRow; ++i) {
       if (m_words[1 + i] == nothing) continue;
       takeCode(first + i);
-      take(first + i, unitOf(m_file, *m_line, m_words[1 + i]));
+      take(first + i, unitOf(m_words[1 + i]));
     }
   }
 
   // "0100> 41 61 ...": codes for consecutive characters, from Unicode only.
   void readBestFits(std::string_view label) {
-    unsigned int unit = unitOf(m_file, *m_line, label);
+    unsigned int unit = unitOf(label);
     if (m_words.size() < 2) fail("no code");
     for (std::size_t i = 1; i < m_words.size(); ++i, ++unit) {
       if (unit <= m_lastUnit) fail("out of order");
@@ -166,12 +165,7 @@ class Reader {
     if (m_extra.kind == Kind::WholePage && !m_hasLowerHalf) m_file.failAtEnd("needs lower-half");
   }
 
-  [[noreturn]] void fail(const std::string& what) const { m_file.fail(*m_line, what); }
-
-  const InputFile& m_file;
   ExtraFile& m_extra;
-  const Line* m_line = nullptr;
-  std::vector<std::string_view> m_words;
   std::map<unsigned int, unsigned int> m_codes;  // and the lines they stand in
   std::map<unsigned int, std::pair<unsigned int, unsigned int>> m_taken;  // counts and lines
   unsigned int m_lastRow = 0;

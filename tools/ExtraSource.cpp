@@ -1,3 +1,5 @@
+// Writes the header and the sources that hold the facts beyond the tables, as text.
+
 #include "tools/ExtraSource.h"
 
 #include <algorithm>

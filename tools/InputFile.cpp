@@ -1,3 +1,5 @@
+// Reads a file of mappings into lines, and lines into words and numbers.
+
 #include "tools/InputFile.h"
 
 #include <charconv>

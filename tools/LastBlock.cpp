@@ -1,3 +1,5 @@
+// Packs rows 89 to 92 of ISO-2022-JP: two bytes for each cell, in order.
+
 #include "tools/LastBlock.h"
 
 namespace pack {

@@ -1,3 +1,5 @@
+// Reads a file of codepages, line by line, in the form that codepages/README.md tells.
+
 #include "tools/MappingFile.h"
 
 #include <map>
@@ -7,17 +9,13 @@ namespace pack {
 
 namespace {
 
-// Reads the lines one after the other and holds what they must not contradict.
-class Reader {
+// Reads the lines and holds what they must not contradict.
+class Reader : LineReader {
  public:
-  Reader(const InputFile& file, MappingFile& mapping) : m_file(file), m_mapping(mapping) {}
+  Reader(const InputFile& file, MappingFile& mapping) : LineReader(file), m_mapping(mapping) {}
 
   void read() {
-    for (const Line& line : m_file.lines) {
-      m_line = &line;
-      m_words = splitWords(line.text);
-      if (!m_words.empty()) readLine();
-    }
+    forEachLine([this] { readLine(); });
     checkWhole();
   }
 
@@ -38,9 +36,9 @@ class Reader {
       m_hasLowerHalf = true;
       m_mapping.lowerHalfIsAscii = value == "ascii";
     } else if (word == "same-as") {
-      m_mapping.sameAs = referenceOf(m_file, *m_line, value);
+      m_mapping.sameAs = referenceOf(value);
     } else if (word == "changes") {
-      m_mapping.changes = referenceOf(m_file, *m_line, value);
+      m_mapping.changes = referenceOf(value);
     } else {
       fail("not understood");
     }
@@ -52,20 +50,20 @@ class Reader {
     const std::size_t codeLength = label.size() / 2;
     const unsigned int first = parseCode(label);
     if (m_mapping.changes.codePage) fail("changes are listed from Unicode");
-    checkRow(m_file, *m_line, m_words, first);
+    checkRow(first);
     if (codeLength == 1 && m_mapping.lowerHalfIsAscii && first < 0x80) {
       fail("the lower half is ASCII and not listed");
     }
     keepOrder(m_lastRow, codeLength, first);
     for (std::size_t i = 0; i < codesPerRow; ++i) {
       if (m_words[1 + i] == nothing) continue;
-      add(first + static_cast<unsigned int>(i), codeLength, parseUnit(m_words[1 + i]), false);
+      add(first + static_cast<unsigned int>(i), codeLength, unitOf(m_words[1 + i]), false);
     }
   }
 
   // "00A0> 20": codes for consecutive characters, from Unicode only.
   void readBestFits() {
-    unsigned int unit = parseUnit(m_words[0].substr(0, m_words[0].size() - 1));
+    unsigned int unit = unitOf(m_words[0].substr(0, m_words[0].size() - 1));
     if (m_words.size() < 2) fail("no code");
     keepOrder(m_lastBestFit, m_words[1].size() / 2, unit);
     for (std::size_t i = 1; i < m_words.size(); ++i, ++unit) {
@@ -77,7 +75,7 @@ class Reader {
   void readRemovals() {
     if (!m_mapping.changes.codePage) fail("only changes can remove");
     for (std::size_t i = 1; i < m_words.size(); ++i) {
-      const unsigned int unit = parseUnit(m_words[i]);
+      const unsigned int unit = unitOf(m_words[i]);
       takeKey(unit);
       m_mapping.removed.push_back(unit);
     }
@@ -112,8 +110,6 @@ class Reader {
     return static_cast<unsigned int>(code);
   }
 
-  unsigned int parseUnit(std::string_view text) const { return unitOf(m_file, *m_line, text); }
-
   void checkWhole() const {
     const bool isSame = m_mapping.sameAs.codePage != 0;
     const int kinds = isSame + (m_mapping.changes.codePage != 0) + m_hasLowerHalf;
@@ -124,12 +120,7 @@ class Reader {
     if (!isSame && m_mapping.table.empty()) m_file.failAtEnd("names no table");
   }
 
-  [[noreturn]] void fail(const std::string& what) const { m_file.fail(*m_line, what); }
-
-  const InputFile& m_file;
   MappingFile& m_mapping;
-  const Line* m_line = nullptr;
-  std::vector<std::string_view> m_words;
   std::map<unsigned int, unsigned int> m_keys;  // and the lines they stand in
   std::pair<std::size_t, unsigned int> m_lastRow{0, 0};
   std::pair<std::size_t, unsigned int> m_lastBestFit{0, 0};

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "tools/InputFile.h"
 
@@ -15,20 +17,41 @@ inline constexpr std::size_t codesPerRow = 16;
 /// Stands where a code of a row has no character.
 inline constexpr std::string_view nothing = "....";
 
-/// The UTF-16 unit of four digits; never 0 and no surrogate.
-unsigned int unitOf(const InputFile& file, const Line& line, std::string_view text);
-
 /// A code page that a file refers to, 0 for none.
 struct Reference {
   int codePage = 0;
   unsigned int line = 1;
 };
 
-Reference referenceOf(const InputFile& file, const Line& line, std::string_view text);
+/// Goes through the lines of a file, one after the other: what stands in the line at
+/// hand is in `m_words`, and what is wrong with it goes to `fail`.
+class LineReader {
+ protected:
+  explicit LineReader(const InputFile& file) : m_file(file) {}
 
-/// Ends the packing unless `words` are a label and a whole row for codes from
-/// `first` on.
-void checkRow(const InputFile& file, const Line& line, const std::vector<std::string_view>& words,
-              unsigned int first);
+  /// Calls `readLine()` for each line that has words.
+  template <typename ReadLine>
+  void forEachLine(const ReadLine& readLine) {
+    for (const Line& line : m_file.lines) {
+      m_line = &line;
+      m_words = splitWords(line.text);
+      if (!m_words.empty()) readLine();
+    }
+  }
+
+  /// The UTF-16 unit of four digits; never 0 and no surrogate.
+  unsigned int unitOf(std::string_view text) const;
+
+  Reference referenceOf(std::string_view text) const;
+
+  /// Fails unless the words are a label and a whole row for codes from `first` on.
+  void checkRow(unsigned int first) const;
+
+  [[noreturn]] void fail(const std::string& what) const { m_file.fail(*m_line, what); }
+
+  const InputFile& m_file;
+  const Line* m_line = nullptr;
+  std::vector<std::string_view> m_words;
+};
 
 }  // namespace pack

@@ -1,3 +1,7 @@
+// Packs the files of codepages/extra, and checks them against the tables of their pages:
+// a code is not both in the table and read only, a character not both in the table and a
+// best fit.
+
 #include "tools/PackedExtras.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// Packs the files of codepages. A page that is the same as another is packed with its
+// mapping, a list of changes as such a list.
+
 #include "tools/PackedTables.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// From the bytes of a table to the text that the library carries: compressed behind a
+// header, in base64. PackedList.hpp of the library is the way back.
+
 #include "tools/PackedText.h"
 
 #include <bzlib.h>

@@ -1,3 +1,6 @@
+// The bytes of a table, in the form that PackedList.hpp of the library reads: differences
+// between neighbours, as those compress well.
+
 #include "tools/TableBytes.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Writes the header and the source that hold the packed tables, as text.
+
 #include "tools/TableSource.h"
 
 #include <string_view>

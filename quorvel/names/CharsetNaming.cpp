@@ -1,3 +1,7 @@
+// Finds code pages by name. The names of all rows of CodePages.def are loosened and sorted
+// while this is compiled; a name that is asked for is loosened too, tried as a number and
+// found by a binary search. Two rows with one name do not compile.
+
 #include "quorvel/names/CharsetNaming.h"
 
 #include <algorithm>

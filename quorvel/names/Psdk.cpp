@@ -1,3 +1,6 @@
+// Which code pages the process would have on Windows: an override, or what
+// LocaleCodePages.hpp says of the locale.
+
 #include "quorvel/names/Psdk.h"
 
 #include <atomic>

@@ -1,5 +1,8 @@
 #pragma once
 
+// The two sets of Arabic digits that some pages write as ASCII digits
+// (`takesAsciiDigits` in CodePages.def).
+
 namespace quorvel {
 
 /// The first of each set of ten.

@@ -1,3 +1,6 @@
+// The rows of CodePages.def as data, checked while this is compiled, and the way from a
+// number to its row: a perfect hash, also found while this is compiled.
+
 #include "quorvel/pages/CodePages.hpp"
 
 #include <algorithm>

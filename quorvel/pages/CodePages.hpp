@@ -1,5 +1,7 @@
 #pragma once
 
+// What conversions know of the code pages. The names are for names/CharsetNaming.h.
+
 #include <iterator>
 
 #include "codepages/CodePageRow.hpp"

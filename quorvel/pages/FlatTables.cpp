@@ -1,3 +1,7 @@
+// Lays what packed lists say flat for the loops of the kernel, one function for each kind
+// of table. In a list the first record of a character counts, in a table of single bytes
+// to decode with the last of a byte.
+
 #include "quorvel/pages/FlatTables.hpp"
 
 #include <algorithm>

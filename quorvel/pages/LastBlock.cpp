@@ -1,3 +1,6 @@
+// The one table that is not a page's: rows 89 to 92 of ISO-2022-JP, which no formula
+// gives. Packed like the others, published like the others.
+
 #include "quorvel/pages/LastBlock.hpp"
 
 #include <atomic>

@@ -1,3 +1,7 @@
+// The order of Mac Arabic. Some bytes are marked as written from right to left; each run of
+// these is reversed, and those that are twins of ASCII become ASCII. In 41 B1 B2 42 the run
+// is B1 B2, twins of the digits 1 and 2, and the text becomes 41 32 31 42.
+
 #include "quorvel/pages/MacArabic.hpp"
 
 #include <algorithm>

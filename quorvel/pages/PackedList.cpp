@@ -1,3 +1,5 @@
+// From packed text to a list that can be read without looking for its end.
+
 #include "quorvel/pages/PackedList.hpp"
 
 #include "quorvel/base/qvHelpers.h"

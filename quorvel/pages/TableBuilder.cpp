@@ -1,3 +1,6 @@
+// Fills a caller's tables from packed text, record by record. Keys and values are bytes
+// as they stand in text: a unit with its low byte first, a code with its first byte first.
+
 #include "quorvel/pages/TableBuilder.hpp"
 
 #include "quorvel/pages/PackedList.hpp"

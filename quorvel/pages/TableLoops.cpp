@@ -1,3 +1,6 @@
+// The loops over a caller's table, character by character: the slot that a character
+// belongs to is probed, and where that does not decide, the table is asked.
+
 #include "quorvel/pages/TableLoops.hpp"
 
 #include <algorithm>
@@ -47,7 +50,9 @@ Progress decodeMultiBytes(const HashConvert& table, const unsigned char* in,
       out = putUnit(*in++, out);
       continue;
     }
-    // A zero byte stands for itself only where nothing follows it.
+    // contract: a zero byte without a mapping stands for itself only where nothing
+    // follows it; elsewhere it is an error like others. Callers who convert a text
+    // with the NUL behind it rely on that NUL.
     const bool isLast = end - in == 1;
     const int length = isLast ? 0 : probe(table, in, out);
     if (length != 0) {

@@ -1,3 +1,7 @@
+// Builds, publishes and releases the tables that all converters share. From the row of a
+// page: its packed text is assembled, unpacked (PackedList.hpp) and laid flat
+// (FlatTables.hpp); a slot for each page and direction holds what was made.
+
 #include "quorvel/pages/TableRegistry.hpp"
 
 #include <atomic>

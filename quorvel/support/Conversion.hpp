@@ -1,5 +1,7 @@
 #pragma once
 
+// What the steps of a conversion hand each other, from Dispatch.cpp to the last.
+
 #include "quorvel/base/DataBuffer.h"
 #include "quorvel/base/LogBase.h"
 #include "quorvel/pages/CodePages.hpp"

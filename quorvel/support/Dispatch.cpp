@@ -33,6 +33,9 @@ bool isPdf(const unsigned char* data, unsigned int numBytes) {
   return numBytes > length && std::memcmp(data, signature, length) == 0;
 }
 
+// contract: other numbers below 100 are refused before anything is looked at, with
+// nothing logged and the error flag clear. Callers who pass on what a message says
+// know by the clear flag that it was no code page at all.
 bool isAccepted(int codePage) { return codePage == codePageEbcdicUs || codePage >= 100; }
 
 // The ISO-2022 converters count in an int; longer text is refused.
@@ -40,6 +43,11 @@ bool fitsInt(unsigned int numBytes) {
   return numBytes <= static_cast<unsigned int>(std::numeric_limits<int>::max());
 }
 
+// contract: what the converters leave out shows neither in the result nor in the
+// flag, and the fields tell of the conversion that follows, from the page that the
+// encoding stands on. Mail readers, for which half a message is better than none,
+// take both for those of the rest; who has to know asks `Japanese` and `Korean`.
+//
 // contract: Shift_JIS out of ISO-2022-JP is the result as it is, where the Korean
 // text goes through a conversion from 949 to itself, which copies it and logs a
 // context of its own. Readers of the log know the two by that.
@@ -59,6 +67,9 @@ bool fromIso2022(const Conversion& text) {
                                    text.out, text.log);
 }
 
+// contract: a first step that fails ends it, so that there is no way from UTF-16BE,
+// for which that step counts as failed whatever it gives (`fromUtf16` in Routes.cpp).
+// Callers ask for UTF-16LE first when they find nothing here.
 bool toUtf7(const Conversion& text) {
   ScratchBuffer utf16;
   return convertByRoute(text.into(codePageUtf16le, utf16)) &&
@@ -68,7 +79,10 @@ bool toUtf7(const Conversion& text) {
 bool toUtf32(const Conversion& text) {
   ScratchBuffer utf8;
   if (text.from == codePageUtf8) {
-    // Only read, and not copied; a mark in front of the text stays a character.
+    // Only read, and not copied.
+    //
+    // contract: a mark in front of the text stays a character, on this way alone.
+    // Readers of UTF-32 tell its byte order by it.
     utf8.borrowData(const_cast<unsigned char*>(text.data), text.numBytes);
   } else if (!convertByRoute(text.into(codePageUtf8, utf8))) {
     return false;
@@ -87,6 +101,9 @@ bool toUtf16be(const Conversion& text) {
   return appendReversed(utf16.getData2(), utf16.getSize(), 2, text.out);
 }
 
+// contract: what has no place in ISO-2022 becomes the geta mark, or goes, without a
+// word; a first step that failed shows, and what it gave is written all the same.
+// Mail writers send what there is.
 bool toIso2022(const Conversion& text) {
   const int wrapped = text.to.wrapped();
   ScratchBuffer encoded;
@@ -119,6 +136,9 @@ bool convertOrdered(const Conversion& text) {
   return takeDestinationRoute(text);
 }
 
+// contract: the text of this page is turned into logical order before it is decoded
+// and not turned back when it is encoded. Callers who read old documents get text
+// that is fit for any display; none writes such documents.
 bool convertAccepted(const Conversion& text) {
   if (!text.from.traits().isInMacArabicOrder) return convertOrdered(text);
   const std::unique_ptr<unsigned char[]> logicalOrder(qvNewUnsignedChar(text.numBytes));
@@ -156,6 +176,9 @@ bool EncodingConvert::EncConvert(int fromCodePage, int toCodePage, const unsigne
     }
     const int from = fromCodePage ? fromCodePage : toCodePage;
     const int to = toCodePage ? toCodePage : fromCodePage;
+    // contract: between a code page and itself all is copied, a mark and ill-formed
+    // text too, and the result is true even when there was no room. Callers who
+    // pass a text on as it came rely on nothing being taken from it.
     if (from == to) {
       out.append(data, numBytes);
       return true;
@@ -170,6 +193,9 @@ bool EncodingConvert::EncConvert(int fromCodePage, int toCodePage, const unsigne
 bool EncodingConvert::EncConvertWithPreamble(int fromCodePage, int toCodePage,
                                              const unsigned char* data, unsigned int numBytes,
                                              DataBuffer& out, LogBase& log) {
+  // contract: the mark is written whatever follows, be it nothing or a refusal, and a
+  // mark that finds no room goes without a word. Writers of files rely on an empty
+  // text being a file that says what it is.
   m_hadError = false;
   const int destination = toCodePage ? toCodePage : fromCodePage;
   for (const Preamble& preamble : preambles) {

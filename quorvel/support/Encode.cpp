@@ -88,6 +88,9 @@ struct ToPairs {
 
 // The unit at `in`, in front of which a loop has stopped. False when memory ran
 // out.
+//
+// contract: surrogates are units like any others, and a pair that the page lacks is
+// two errors. Callers count two substitutions for a character beyond U+FFFF.
 template <typename Way>
 bool encodeOne(EncodingConvert& converter, const Way& way, const unsigned char* in, bool& isWhole,
                DataBuffer& out, LogBase& log) {

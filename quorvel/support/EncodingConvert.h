@@ -59,7 +59,9 @@ class QUORVEL_API EncodingConvert {
   ///
   /// More than five bytes do not cross a conversion from UTF-8 or a code page to a
   /// code page whole: they are read as UTF-16 on the way, and each unit of them that
-  /// has no place there is substituted again (one bad byte becomes up to 5000).
+  /// has no place there is substituted again (one bad byte becomes up to 5000). Two
+  /// bytes or four cross, but an odd number of such errors costs the last character
+  /// of the text. One, three or five bytes are safe.
   void setDefBytes(const unsigned char* bytes, int count);
 
   // --- Conversion by code page number -----------------------------------

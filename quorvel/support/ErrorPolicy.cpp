@@ -164,7 +164,8 @@ void passThrough(const EncodingConvert& converter, const Offender& offender, Dat
   out.append(offender.bytes, static_cast<unsigned int>(offender.length));
 }
 
-// Unmarked: it is a unit, and crosses the pivot as one.
+// Unmarked: it is a unit, and crosses the pivot as one. What `reconvert` writes is
+// unmarked too, though it is no unit.
 void widen(const Offender& offender, DataBuffer& out) {
   out.appendChar(*offender.bytes);
   out.appendChar(0);

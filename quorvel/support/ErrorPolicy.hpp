@@ -1,5 +1,7 @@
 #pragma once
 
+// The error actions: their numbers and names. What they do is in ErrorPolicy.cpp.
+
 #include "quorvel/support/EncodingConvert.h"
 
 namespace quorvel {

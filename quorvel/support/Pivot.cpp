@@ -198,6 +198,12 @@ class Pivot {
 
   // What the encoder leaves goes in front of the next block; raw bytes may leave
   // half a unit there, or at the end of all.
+  //
+  // contract: a marker with its count and an even number of raw bytes is of odd length,
+  // and so is all of a pivot with an odd number of these. What follows them is read in
+  // step, but the byte that is over is the last unit's, which is dropped without a word
+  // on the way to a table: 61 FF 62 from UTF-8 to 1252, with two bytes for the error, is
+  // "a" and these, and no "b". Callers keep to one byte, three or five.
   bool encodeBlock() {
     const bool isLast = m_in == m_end;
     const bool hasHalfUnit = isLast && m_isOdd;

@@ -1,5 +1,7 @@
 #pragma once
 
+// The way between two encodings that lead through UTF-16.
+
 #include "quorvel/support/Conversion.hpp"
 
 namespace quorvel {

@@ -64,6 +64,10 @@ Normalised normaliseUtf7(Conversion& text, DataBuffer& normalised) {
   return isClean ? Normalised::clean : Normalised::illFormed;
 }
 
+// contract: an incomplete last unit, be it the whole text, goes without a word here and
+// in UTF-32 with the high byte first. With the low byte first it makes the result false
+// on the way to UTF-8 and out of UTF-32. Readers of blocks that were cut anywhere take
+// what is whole.
 Normalised normaliseUtf16be(Conversion& text, DataBuffer& normalised) {
   if (text.numBytes < 2) return Normalised::nothingLeft;
   if (!appendReversed(text.data, text.numBytes, 2, normalised)) return Normalised::outOfMemory;
@@ -71,8 +75,8 @@ Normalised normaliseUtf16be(Conversion& text, DataBuffer& normalised) {
   return Normalised::clean;
 }
 
-// Text with the low byte first keeps an incomplete last unit, which then shows
-// in the result; with the high byte first the tail goes without a word.
+// Text with the low byte first keeps an incomplete last unit, which then shows in
+// the result.
 Normalised normaliseUtf32(Conversion& text, bool bigEndian, DataBuffer& normalised) {
   DataBuffer littleEndian;
   if (!bigEndian) {
@@ -116,6 +120,9 @@ void logStep(LogBase& log, const char* text) {
   if (log.m_verboseLogging) log.logInfo(text);
 }
 
+// contract: only to UTF-8 does a byte without a character make the result false; on
+// other ways it is U+FFFD to the second step, whose result is that of both. Gateways
+// take U+FFFD for what it is.
 bool fromGsm(const Conversion& text) {
   if (text.to == codePageUtf8) {
     return gsmToUtf8(text.data, text.numBytes, text.out) == GsmResult::clean;
@@ -127,7 +134,8 @@ bool fromGsm(const Conversion& text) {
   return convertByRoute(rest);
 }
 
-// Characters that the alphabet lacks do not make a conversion to GSM fail.
+// contract: characters that the alphabet lacks become "?" and do not make a conversion
+// fail, nor do they set the flag. Gateways send such messages as they are.
 bool toGsm(const Conversion& text) {
   if (text.from == codePageUtf8) {
     return utf8ToGsm(text.data, text.numBytes, text.out) != GsmResult::outOfMemory;
@@ -212,6 +220,10 @@ bool convertNormalised(Conversion& text, bool bigEndian) {
 bool convertText(Conversion& text) {
   const bool bigEndian = settleByteOrder(text);
   if (text.numBytes == 0) return true;
+  // contract: behind the mark, text of the destination's number is copied whatever the
+  // mark said, so from 1200 with the mark FE FF to 1201, whose first step is from 1200
+  // to itself, the bytes are exchanged once too few. Callers who know such senders
+  // take the mark off themselves.
   if (text.from == text.to) return text.out.append(text.data, text.numBytes);
   if (text.from == codePageGsm) return fromGsm(text);
   if (text.to == codePageGsm) return toGsm(text);

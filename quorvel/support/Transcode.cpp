@@ -56,6 +56,8 @@ unsigned int illFormedLength(const unsigned char* in, const unsigned char* end) 
   return sequence.isWellFormed ? 0 : sequence.length;
 }
 
+// contract: both loops drop U+0000 without a word, on this way alone. Callers hand what
+// they get to readers of C strings, for whom it would end the text.
 kernel::Loop* utf8Encoder(const EncodingConvert& converter) {
   return g_allow_4byte_utf8 && converter.m_allow4ByteUtf8 ? kernel::loops().utf16ToUtf8
                                                           : kernel::loops().utf16ToUtf8WithoutPairs;

@@ -2,7 +2,9 @@
 // weight: 1 where it becomes a unit of its own; 0 where that is not sure; and minus
 // so many where it may take the bytes behind it with it, whatever their weights, be
 // it as their lead byte or because an error covers them. The sum is never more than
-// the units that are written, and exact for single-byte text and ASCII.
+// the units that are written, and exact for single-byte text and ASCII. Of the UTF-8 text
+// 61 62 E3 81 82 it is 1 + 1 - 2 + 0 + 0 = 0, of 61 62 F0 it is 1 + 1 - 3: the error may
+// cover the four bytes that F0 announces.
 
 #include "quorvel/support/Utf16Size.hpp"
 

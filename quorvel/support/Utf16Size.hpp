@@ -1,5 +1,8 @@
 #pragma once
 
+// Tells of text that is sure to become too much UTF-16 before any of it is decoded.
+// Utf16Size.cpp says how.
+
 #include <limits>
 
 #include "quorvel/pages/TableRegistry.hpp"

@@ -18,6 +18,10 @@ namespace {
 constexpr unsigned char escape = 0x1B;
 
 // The basic table. The escape has no character of its own: 0.
+//
+// contract: 09 is the capital U+00C7, as the table of the standard prints it, and the
+// small letter has no place, where others take it for the same. Gateways that compare
+// what they sent with what came back rely on it.
 constexpr std::array<char16_t, 128> basicTable = {
     0x0040, 0x00A3, 0x0024, 0x00A5, 0x00E8, 0x00E9, 0x00F9, 0x00EC,  // 00
     0x00F2, 0x00C7, 0x000A, 0x00D8, 0x00F8, 0x000D, 0x00C5, 0x00E5,  // 08

@@ -17,6 +17,9 @@ namespace {
 
 constexpr unsigned int mostBytesPerUnit = 4;
 
+// contract: any ASCII character may stand for itself outside of a run, those too that
+// RFC 2152 wants encoded. Readers of mail rely on it: "{" and "~" come that way.
+//
 // Drops the left-over bits or the missing digits of a bad run, puts U+FFFD for a byte
 // that is no ASCII, and goes on. Each byte becomes at most one unit.
 Progress decode(const unsigned char* in, const unsigned char* end, unsigned char* out,
