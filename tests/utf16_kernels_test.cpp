@@ -36,6 +36,10 @@ Transcoded joinedToUtf8(std::string_view text) {
 
 Transcoded leftToUtf8(std::string_view text) { return reference::utf16ToUtf8(text, Pairs::left); }
 
+Transcoded strictlyToUtf8(std::string_view text) {
+  return reference::utf16ToUtf8(text, Pairs::strict);
+}
+
 bool isJoinedCutOff(std::string_view rest) { return reference::isUtf16CutOff(rest, Pairs::joined); }
 
 bool isLeftCutOff(std::string_view rest) { return reference::isUtf16CutOff(rest, Pairs::left); }
@@ -58,6 +62,13 @@ constexpr Direction toUtf8WithoutPairs{
     3,
     leftToUtf8,
     isLeftCutOff,
+    2};
+constexpr Direction toUtf8Strictly{
+    "utf16ToUtf8Strictly",
+    [](const Loops& loops) -> Loop& { return loops.utf16ToUtf8Strictly; },
+    3,
+    strictlyToUtf8,
+    isJoinedCutOff,
     2};
 
 std::string inUtf16(std::u32string_view text) {
@@ -82,6 +93,7 @@ TEST_P(Kernels, ConvertEveryCodePointBothWays) {
   const std::string eight = inUtf8(allScalarValues());
   EXPECT_TRUE(agrees(fromUtf8, eight));
   EXPECT_TRUE(agreesThroughout(toUtf8, inUtf16(allScalarValues())));
+  EXPECT_TRUE(agrees(toUtf8Strictly, inUtf16(allScalarValues())));
 }
 
 TEST_P(Kernels, ConvertTextOfEachLength) {
@@ -94,6 +106,7 @@ TEST_P(Kernels, ConvertTextOfEachLength) {
       ASSERT_TRUE(agrees(fromUtf8, eight));
       ASSERT_TRUE(agreesThroughout(toUtf8, sixteen));
       ASSERT_TRUE(agreesThroughout(toUtf8WithoutPairs, sixteen));
+      ASSERT_TRUE(agreesThroughout(toUtf8Strictly, sixteen));
     }
   }
 }
@@ -153,6 +166,7 @@ TEST_P(Kernels, StopAtWhatNeedsADecisionInUtf16) {
     damage(text, pieces, 2, random);
     ASSERT_TRUE(agreesThroughout(toUtf8, text));
     ASSERT_TRUE(agreesThroughout(toUtf8WithoutPairs, text));
+    ASSERT_TRUE(agreesThroughout(toUtf8Strictly, text));
   }
 }
 
@@ -166,6 +180,7 @@ TEST_P(Kernels, TreatEachAwkwardUnitAlikeAtEachPlace) {
         text.insert(2 * at, piece);
         ASSERT_TRUE(agreesThroughout(toUtf8, text));
         ASSERT_TRUE(agreesThroughout(toUtf8WithoutPairs, text));
+        ASSERT_TRUE(agreesThroughout(toUtf8Strictly, text));
       }
     }
   }
@@ -186,6 +201,7 @@ TEST_P(Kernels, ConvertTextInPiecesOfAnyLength) {
       ASSERT_TRUE(agreesInPieces(fromUtf8, eight, longest, random));
       ASSERT_TRUE(agreesInPieces(toUtf8, sixteen, longest, random));
       ASSERT_TRUE(agreesInPieces(toUtf8WithoutPairs, sixteen, longest, random));
+      ASSERT_TRUE(agreesInPieces(toUtf8Strictly, sixteen, longest, random));
     }
   }
 }
@@ -239,6 +255,7 @@ TEST(Targets, HaveLoopsOfTheirOwn) {
     EXPECT_NE(&loops.utf8ToUtf16, &plain.utf8ToUtf16);
     EXPECT_NE(&loops.utf16ToUtf8, &plain.utf16ToUtf8);
     EXPECT_NE(&loops.utf16ToUtf8WithoutPairs, &plain.utf16ToUtf8WithoutPairs);
+    EXPECT_NE(&loops.utf16ToUtf8Strictly, &plain.utf16ToUtf8Strictly);
     EXPECT_NE(&loops.utf8ToUtf32, &plain.utf8ToUtf32);
     EXPECT_NE(&loops.utf32ToUtf8, &plain.utf32ToUtf8);
     EXPECT_NE(&loops.bytesToUnits, &plain.bytesToUnits);

@@ -64,6 +64,10 @@ struct Loops {
   /// without sequences of four bytes.
   Loop& utf16ToUtf8WithoutPairs;
 
+  /// As `utf16ToUtf8`, but every character becomes itself, U+0000 and `undecidedUnit`
+  /// too, and it stops in front of every lone surrogate.
+  Loop& utf16ToUtf8Strictly;
+
   /// As `utf8ToUtf16`, with four bytes of room for each input byte.
   Loop& utf8ToUtf32;
 
@@ -125,6 +129,7 @@ namespace scalar {
 Loop utf8ToUtf16;
 Loop utf16ToUtf8;
 Loop utf16ToUtf8WithoutPairs;
+Loop utf16ToUtf8Strictly;
 Loop utf8ToUtf32;
 Loop utf32ToUtf8;
 TableLoop<BytesToUnits> bytesToUnits;
@@ -150,6 +155,7 @@ namespace avx2 {
 Loop utf8ToUtf16;
 Loop utf16ToUtf8;
 Loop utf16ToUtf8WithoutPairs;
+Loop utf16ToUtf8Strictly;
 Loop utf8ToUtf32;
 Loop utf32ToUtf8;
 TableLoop<BytesToUnits> bytesToUnits;

@@ -6,6 +6,7 @@
 
 #include "quorvel/kernel/Avx2.hpp"
 #include "quorvel/kernel/Loops.hpp"
+#include "quorvel/kernel/Utf16ToUtf8Manner.hpp"
 
 namespace quorvel::kernel::avx2 {
 
@@ -154,12 +155,27 @@ inline Position encodeWithPairs(const unsigned char* in, unsigned char* out) {
                           : Position{in + blockLength, out};
 }
 
-// U+FDEF and surrogates; without pairs both are left to the caller.
+inline __m256i areSurrogates(__m256i units) { return areEqual(masked(units, 0xF800), 0xD800); }
+
+// Surrogates and, but for the strict manner, U+FDEF.
+template <Manner manner>
 inline __m256i areSpecial(__m256i units) {
-  return _mm256_or_si256(areEqual(units, undecidedUnit), areEqual(masked(units, 0xF800), 0xD800));
+  if (manner == Manner::strict) return areSurrogates(units);
+  return _mm256_or_si256(areEqual(units, undecidedUnit), areSurrogates(units));
 }
 
-inline bool haveNul(__m256i units) { return highBits(areEqual(units, 0)) != 0; }
+// U+0000 that is not to be written.
+template <Manner manner>
+inline bool haveNul(__m256i units) {
+  return manner != Manner::strict && highBits(areEqual(units, 0)) != 0;
+}
+
+// What not even the form for pairs can have.
+template <Manner manner>
+inline bool haveUndecided(__m256i units) {
+  return manner == Manner::withoutPairs ||
+         (manner == Manner::loose && highBits(areEqual(units, undecidedUnit)) != 0);
+}
 
 // Text that mixes lengths changes from block to block, and a branch that goes
 // another way than the processor guessed costs more than a block. So one form is
@@ -167,41 +183,45 @@ inline bool haveNul(__m256i units) { return highBits(areEqual(units, 0)) != 0; }
 constexpr std::ptrdiff_t stretchLength = 4 * blockLength;
 
 // Writes four blocks, or nothing if something special is among them.
+template <Manner manner>
 inline unsigned char* encodeStretch(const unsigned char* in, unsigned char* out) {
   const __m256i a = load(in);
   const __m256i b = load(in + blockLength);
   const __m256i c = load(in + 2 * blockLength);
   const __m256i d = load(in + 3 * blockLength);
-  if (haveNul(_mm256_min_epu16(_mm256_min_epu16(a, b), _mm256_min_epu16(c, d)))) return nullptr;
+  if (haveNul<manner>(_mm256_min_epu16(_mm256_min_epu16(a, b), _mm256_min_epu16(c, d)))) {
+    return nullptr;
+  }
   const __m256i any = _mm256_or_si256(_mm256_or_si256(a, b), _mm256_or_si256(c, d));
   if (haveNone(any, 0xFF80)) return narrowBlocks(c, d, narrowBlocks(a, b, out));
   if (haveNone(any, 0xF800)) {
     out = encodeBelow0x800(b, encodeBelow0x800(a, out));
     return encodeBelow0x800(d, encodeBelow0x800(c, out));
   }
-  const __m256i special = _mm256_or_si256(_mm256_or_si256(areSpecial(a), areSpecial(b)),
-                                          _mm256_or_si256(areSpecial(c), areSpecial(d)));
+  const __m256i special =
+      _mm256_or_si256(_mm256_or_si256(areSpecial<manner>(a), areSpecial<manner>(b)),
+                      _mm256_or_si256(areSpecial<manner>(c), areSpecial<manner>(d)));
   if (highBits(special) != 0) return nullptr;
   return encodeBasic(d, encodeBasic(c, encodeBasic(b, encodeBasic(a, out))));
 }
 
 // The block at `at.in`, or what can be had of it.
-template <bool joinsPairs>
+template <Manner manner>
 inline Position encodeBlock(const Position& at) {
   const __m256i units = load(at.in);
-  if (haveNul(units)) return at;
+  if (haveNul<manner>(units)) return at;
   const unsigned char* const next = at.in + blockLength;
   if (haveNone(units, 0xF800)) return {next, encodeBelow0x800(units, at.out)};
-  if (highBits(areSpecial(units)) == 0) return {next, encodeBasic(units, at.out)};
-  if (!joinsPairs || highBits(areEqual(units, undecidedUnit)) != 0) return at;
+  if (highBits(areSpecial<manner>(units)) == 0) return {next, encodeBasic(units, at.out)};
+  if (haveUndecided<manner>(units)) return at;
   return encodeWithPairs(at.in, at.out);
 }
 
 // Whole blocks up to `stop`, behind which there is room to spare.
-template <bool joinsPairs>
+template <Manner manner>
 inline Progress encodeBlocks(Position at, const unsigned char* stop, Loop& byUnit) {
   while (stop - at.in >= blockLength) {
-    const Position next = encodeBlock<joinsPairs>(at);
+    const Position next = encodeBlock<manner>(at);
     if (next.in != at.in) {
       at = next;
       continue;
@@ -213,23 +233,23 @@ inline Progress encodeBlocks(Position at, const unsigned char* stop, Loop& byUni
   return {at.in, at.out, Stop::end};
 }
 
-template <bool joinsPairs>
+template <Manner manner>
 inline Progress encode(const unsigned char* in, const unsigned char* end, unsigned char* out,
                        Loop& byUnit) {
   if (end - in < leastBytes) return byUnit(in, end, out);
   const unsigned char* const last = end - spareLength;
   while (last - in >= stretchLength) {
-    if (unsigned char* const written = encodeStretch(in, out)) {
+    if (unsigned char* const written = encodeStretch<manner>(in, out)) {
       in += stretchLength;
       out = written;
       continue;
     }
-    const Progress blocks = encodeBlocks<joinsPairs>({in, out}, in + stretchLength, byUnit);
+    const Progress blocks = encodeBlocks<manner>({in, out}, in + stretchLength, byUnit);
     if (blocks.why == Stop::met) return blocks;
     in = blocks.in;
     out = blocks.out;
   }
-  const Progress blocks = encodeBlocks<joinsPairs>({in, out}, last, byUnit);
+  const Progress blocks = encodeBlocks<manner>({in, out}, last, byUnit);
   if (blocks.why == Stop::met) return blocks;
   return byUnit(blocks.in, end, blocks.out);
 }
@@ -237,12 +257,17 @@ inline Progress encode(const unsigned char* in, const unsigned char* end, unsign
 }  // namespace
 
 Progress utf16ToUtf8(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  return encode<true>(in, end, out, scalar::utf16ToUtf8);
+  return encode<Manner::loose>(in, end, out, scalar::utf16ToUtf8);
 }
 
 Progress utf16ToUtf8WithoutPairs(const unsigned char* in, const unsigned char* end,
                                  unsigned char* out) {
-  return encode<false>(in, end, out, scalar::utf16ToUtf8WithoutPairs);
+  return encode<Manner::withoutPairs>(in, end, out, scalar::utf16ToUtf8WithoutPairs);
+}
+
+Progress utf16ToUtf8Strictly(const unsigned char* in, const unsigned char* end,
+                             unsigned char* out) {
+  return encode<Manner::strict>(in, end, out, scalar::utf16ToUtf8Strictly);
 }
 
 }  // namespace quorvel::kernel::avx2

@@ -6,6 +6,7 @@
 
 #include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Loops.hpp"
+#include "quorvel/kernel/Utf16ToUtf8Manner.hpp"
 #include "quorvel/kernel/Utf16Unit.hpp"
 #include "quorvel/kernel/Utf8Sequence.hpp"
 
@@ -13,15 +14,16 @@ namespace quorvel::kernel::scalar {
 
 namespace {
 
-// What no run takes: U+0000 goes, a low surrogate without a high one in front is
-// written as it is, a pair is joined.
-template <bool joinsPairs>
+// What no run takes: U+0000, which goes unless the manner is strict, surrogates, and
+// whatever else there is.
+template <Manner manner>
 Progress encodeOne(Position at, const unsigned char* end) {
+  constexpr bool isStrict = manner == Manner::strict;
   const unsigned int unit = loadUnit(at.in);
-  if (unit == 0) return {at.in + 2, at.out, Stop::end};
-  if (unit == undecidedUnit) return {at.in, at.out, Stop::met};
+  if (!isStrict && unit == 0) return {at.in + 2, at.out, Stop::end};
+  if (isStrict ? isLowSurrogate(unit) : unit == undecidedUnit) return {at.in, at.out, Stop::met};
   if (!isHighSurrogate(unit)) return {at.in + 2, encodeUtf8(unit, at.out), Stop::end};
-  if (!joinsPairs) return {at.in, at.out, Stop::met};
+  if (manner == Manner::withoutPairs) return {at.in, at.out, Stop::met};
   if (end - at.in < 4) return {at.in, at.out, Stop::cutOff};
   const unsigned int next = loadUnit(at.in + 2);
   if (!isLowSurrogate(next)) return {at.in, at.out, Stop::met};
@@ -42,10 +44,11 @@ unsigned char* storeThree(unsigned int unit, unsigned char* out) {
   return out + 3;
 }
 
+template <Manner manner>
 Position narrowRuns(Position at, const unsigned char* end) {
   while (end - at.in >= runLength) {
     const std::uint64_t units = loadRun(at.in);
-    if (!areAsciiUnits(units) || hasZeroUnit(units)) break;
+    if (!areAsciiUnits(units) || (manner != Manner::strict && hasZeroUnit(units))) break;
     for (std::ptrdiff_t i = 0; i < runLength; i += 2) {
       *at.out++ = static_cast<unsigned char>(loadUnit(at.in + i));
     }
@@ -54,7 +57,7 @@ Position narrowRuns(Position at, const unsigned char* end) {
   return at;
 }
 
-template <bool joinsPairs>
+template <Manner manner>
 Progress encode(Position at, const unsigned char* end) {
   while (end - at.in >= 4) {
     const unsigned int unit = loadUnit(at.in);
@@ -64,15 +67,15 @@ Progress encode(Position at, const unsigned char* end) {
       at = {at.in + 2, storeThree(unit, at.out)};
     } else if (unit - 1 < 0x7F) {
       *at.out++ = static_cast<unsigned char>(unit);
-      at = narrowRuns({at.in + 2, at.out}, end);
+      at = narrowRuns<manner>({at.in + 2, at.out}, end);
     } else {
-      const Progress one = encodeOne<joinsPairs>(at, end);
+      const Progress one = encodeOne<manner>(at, end);
       if (one.why != Stop::end) return one;
       at = {one.in, one.out};
     }
   }
   if (end - at.in >= 2) {
-    const Progress one = encodeOne<joinsPairs>(at, end);
+    const Progress one = encodeOne<manner>(at, end);
     if (one.why != Stop::end) return one;
     at = {one.in, one.out};
   }
@@ -82,12 +85,17 @@ Progress encode(Position at, const unsigned char* end) {
 }  // namespace
 
 Progress utf16ToUtf8(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-  return encode<true>({in, out}, end);
+  return encode<Manner::loose>({in, out}, end);
 }
 
 Progress utf16ToUtf8WithoutPairs(const unsigned char* in, const unsigned char* end,
                                  unsigned char* out) {
-  return encode<false>({in, out}, end);
+  return encode<Manner::withoutPairs>({in, out}, end);
+}
+
+Progress utf16ToUtf8Strictly(const unsigned char* in, const unsigned char* end,
+                             unsigned char* out) {
+  return encode<Manner::strict>({in, out}, end);
 }
 
 }  // namespace quorvel::kernel::scalar

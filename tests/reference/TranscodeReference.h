@@ -57,7 +57,8 @@ inline Transcoded utf32ToUtf8(std::string_view text) {
   return result;
 }
 
-enum class Pairs { joined, left };
+/// What the loops do with pairs; the strict one drops and writes nothing else either.
+enum class Pairs { joined, left, strict };
 
 /// Whether what a kernel left is only the beginning of something, in each form.
 
@@ -77,7 +78,7 @@ inline bool isUtf32CutOff(std::string_view rest) { return rest.size() < 4; }
 inline bool isUtf16CutOff(std::string_view rest, Pairs pairs) {
   if (rest.size() < 2) return true;
   const bool isHigh = (static_cast<unsigned char>(rest[1]) & 0xFC) == 0xD8;
-  return pairs == Pairs::joined && isHigh && rest.size() < 4;
+  return pairs != Pairs::left && isHigh && rest.size() < 4;
 }
 
 inline Transcoded utf16ToUtf8(std::string_view text, Pairs pairs) {
@@ -91,14 +92,15 @@ inline Transcoded utf16ToUtf8(std::string_view text, Pairs pairs) {
   Transcoded result{};
   while (text.size() - result.consumed >= 2) {
     const char16_t unit = unitAt(result.consumed);
-    if (unit == 0xFDEF) break;
+    const bool isStrict = pairs == Pairs::strict;
+    if (isStrict ? isLow(unit) : unit == 0xFDEF) break;
     if (isHigh(unit)) {
       const char16_t next = unitAt(result.consumed + 2);
       if (pairs == Pairs::left || !isLow(next)) break;
       result.bytes += encodeUtf8(0x10000 + (unit - 0xD800U) * 0x400 + (next - 0xDC00U));
       result.consumed += 4;
     } else {
-      if (unit != 0) result.bytes += encodeUtf8(unit);
+      if (isStrict || unit != 0) result.bytes += encodeUtf8(unit);
       result.consumed += 2;
     }
   }
