@@ -32,6 +32,16 @@ constexpr TableSource amended(bool (*assemble)(StringBuffer&), const char* chang
 constexpr TableSource tableOf(int codePage) { return {.sharedWith = codePage}; }
 constexpr TableSource wraps(int codePage) { return {.wrapped = codePage, .isRouted = false}; }
 
+/// Which bytes lead a code of two bytes or more, by the structure of the encoding and
+/// whatever is assigned.
+enum class LeadBytes : unsigned char {
+  none,
+  shiftJis,  ///< 81 to 9F and E0 to FC
+  euc,       ///< A1 to FE
+  eucJp,     ///< these, 8E, and 8F in front of two more
+  upper,     ///< 81 to FE
+};
+
 /// What is particular about a code page: where a row says nothing, it is so.
 struct CodePageTraits {
   /// What an error in multibyte text covers, 1 or 2.
@@ -54,6 +64,10 @@ struct CodePageTraits {
 
   /// The table to encode with is made by the first of two operations.
   bool isInFirstHalf = false;
+
+  /// For the text layer: what leads, and whether 80 to 9F are the C1 controls there.
+  LeadBytes leads = LeadBytes::none;
+  bool hasC1InText = false;
 };
 
 }  // namespace quorvel

@@ -60,6 +60,27 @@ constexpr unsigned int jisFromPlace(Place place) {
   return (place.row + 0x20) << 8 | (place.cell + 0x20);
 }
 
+/// The Shift_JIS code of a pair of the kanji set, whose rows 89 to 92 are those of
+/// `lastBlock`, 94 codes each.
+template <typename LastBlock>
+constexpr unsigned int sjisFromPlace(Place place, const LastBlock& lastBlock) {
+  if (!isInLastBlock(place.row)) return sjisFromPlace(place);
+  return lastBlock[(place.row - firstLastBlockRow) * 94 + place.cell - 1];
+}
+
+/// The pair of the kanji set for a code of Shift_JIS, 0 for none: the leads F0 to FC
+/// lie beyond row 94, but for what the last block has of them.
+template <typename LastBlock>
+constexpr unsigned int jisFromSjis(unsigned char lead, unsigned char trail,
+                                   const LastBlock& lastBlock) {
+  if (lead < 0xF0) return jisFromPlace(placeFromSjis(lead, trail));
+  for (unsigned int i = 0; i < lastBlockRows * 94; ++i) {
+    if (lastBlock[i] != (lead << 8 | trail)) continue;
+    return jisFromPlace({firstLastBlockRow + i / 94, i % 94 + 1});
+  }
+  return 0;
+}
+
 using Set = kernel::JapaneseSet;
 
 struct Designation {

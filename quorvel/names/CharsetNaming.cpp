@@ -12,59 +12,22 @@
 #include <string_view>
 
 #include "quorvel/base/AsciiText.hpp"
+#include "quorvel/names/LooseName.hpp"
 
 namespace quorvel {
 
 namespace {
 
 using ascii::isDigit;
-using ascii::isLetter;
-using ascii::toLower;
+using names::forEachName;
+using names::kLongestName;
+using names::loosen;
+using names::LooseName;
 
 constexpr CharsetNaming::Entry kEntries[] = {
 #define QUORVEL_CODE_PAGE(number, kind, table, title, names, ...) {number, title, names},
 #include "codepages/CodePages.def"
 };
-
-// Longest name that is looked at, with its punctuation and without.
-constexpr std::size_t kLongestName = 255;
-constexpr std::size_t kLongestLooseName = 48;
-
-// What the loose rule leaves of a name; empty when that is longer than any
-// name of the table.
-struct LooseName {
-  std::array<char, kLongestLooseName> text{};
-  std::size_t length = 0;
-
-  constexpr std::string_view view() const { return {text.data(), length}; }
-};
-
-// UTS #22, section 1.4: keep ASCII letters and digits, fold the case, drop each
-// zero that does not follow a digit. "Follow" is meant of what is kept, so that
-// "IBM-00858" loses both of its zeros and "8859-010" none.
-constexpr LooseName loosen(std::string_view name) {
-  LooseName loose;
-  char last = 0;
-  for (const char raw : name) {
-    const char c = toLower(raw);
-    if (!isLetter(c) && !isDigit(c)) continue;
-    if (c == '0' && !isDigit(last)) continue;
-    if (loose.length == kLongestLooseName) return {};
-    loose.text[loose.length++] = c;
-    last = c;
-  }
-  return loose;
-}
-
-// Calls `visit(name)` for each name of a space-separated list.
-template <typename Visitor>
-constexpr void forEachName(std::string_view names, Visitor visit) {
-  while (!names.empty()) {
-    const std::size_t end = std::min(names.find(' '), names.size());
-    if (end > 0) visit(names.substr(0, end));
-    names.remove_prefix(std::min(end + 1, names.size()));
-  }
-}
 
 constexpr std::size_t countNames() {
   std::size_t count = 0;
@@ -150,13 +113,6 @@ constexpr int pageByName(std::string_view loose) {
   return found != kIndex.keys.end() && kIndex.name(*found) == loose ? found->codePage : 0;
 }
 
-int lookUp(std::string_view name) {
-  if (name.size() > kLongestName) return 0;
-  const LooseName loose = loosen(name);
-  const int byNumber = pageByNumber(loose.view());
-  return byNumber != 0 ? byNumber : pageByName(loose.view());
-}
-
 // What the table promises its readers, checked while it is compiled.
 
 constexpr bool isAscending() {
@@ -193,15 +149,22 @@ static_assert(noNameIsAnotherPagesNumber(), "a name in CodePages.def is the numb
 
 }  // namespace
 
+int names::codePageByName(std::string_view name) {
+  if (name.size() > kLongestName) return 0;
+  const LooseName loose = loosen(name);
+  const int byNumber = pageByNumber(loose.view());
+  return byNumber != 0 ? byNumber : pageByName(loose.view());
+}
+
 int CharsetNaming::GetCodePage(StringBuffer& name) {
-  return lookUp({name.getString(), name.getSize()});
+  return names::codePageByName({name.getString(), name.getSize()});
 }
 
 int CharsetNaming::GetCodePage(const char* name) {
   if (name == nullptr) return 0;
   std::size_t length = 0;
   while (length <= kLongestName && name[length] != '\0') ++length;
-  return lookUp({name, length});
+  return names::codePageByName({name, length});
 }
 
 unsigned int CharsetNaming::count() { return static_cast<unsigned int>(std::size(kEntries)); }

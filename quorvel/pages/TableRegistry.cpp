@@ -23,6 +23,7 @@ namespace {
 // slot goes from null to published once and back only through `release`.
 std::atomic<const ToUnicodeTable*> toUnicodeSlots[codePageCount];
 std::atomic<const FromUnicodeTable*> fromUnicodeSlots[codePageCount];
+std::atomic<void (*)()> releaseOthers;
 
 // The index of the page that owns the tables of a page; `codePageCount` when
 // that has none.
@@ -166,8 +167,11 @@ std::size_t size() {
   return sum;
 }
 
+void alsoRelease(void (*others)()) { releaseOthers.store(others, std::memory_order_release); }
+
 void release() {
   releaseLastBlock();
+  if (void (*const others)() = releaseOthers.load(std::memory_order_acquire)) others();
   for (unsigned int i = 0; i < codePageCount; ++i) {
     // contract: the tables that no conversion takes stay, for whoever asked for
     // them by hand.

@@ -31,6 +31,10 @@ const FromUnicodeTable* fromUnicode(const CodePage& page);
 /// The bytes of memory that the published tables take.
 std::size_t size();
 
+/// Makes `release` call `others` too. Whoever keeps tables of another kind says so
+/// when it makes the first; a program that has none does not link what makes them.
+void alsoRelease(void (*others)());
+
 /// Frees all that is published but the tables of the pages that no conversion
 /// takes. No conversion may be in progress.
 void release();

@@ -139,6 +139,17 @@ GsmResult utf8ToGsm(const unsigned char* p, unsigned int n, DataBuffer& out) {
   return convert(p, n, 4, encode, out);
 }
 
+GsmCharacter gsmCharacterAt(const unsigned char* p, std::size_t available) {
+  const Decoded decoded = decodeOne(p, p + available);
+  if (decoded.unit == 0) return {std::nullopt, 1};
+  return {decoded.unit, decoded.length};
+}
+
+GsmSeptets gsmSeptetsOf(char32_t character) {
+  const Septets septets = septetsOf(character);
+  return {{septets.bytes[0], septets.bytes[1]}, septets.length};
+}
+
 bool _qvUtf::gsm_to_utf8(const unsigned char* p, unsigned int n, DataBuffer& out, LogBase&) {
   return gsmToUtf8(p, n, out) == GsmResult::clean;
 }
