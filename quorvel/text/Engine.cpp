@@ -1,0 +1,447 @@
+#include "quorvel/text/Engine.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "quorvel/kernel/Utf16Unit.hpp"
+#include "quorvel/text/CodecLoops.hpp"
+#include "quorvel/text/Codecs.hpp"
+#include "quorvel/text/Refusal.hpp"
+
+namespace quorvel::text {
+
+namespace {
+
+// What begins with the mark of either order, for encodings that have two.
+Encoding otherOrder(Encoding encoding) {
+  if (encoding == Encoding::utf16le()) return Encoding::utf16be();
+  if (encoding == Encoding::utf16be()) return Encoding::utf16le();
+  if (!isWide(encoding)) return encoding;
+  return isLittleEndianUtf32(encoding) ? Encoding::utf32be() : Encoding::utf32le();
+}
+
+std::span<const unsigned char> markOf(Encoding encoding) {
+  static constexpr unsigned char utf8[] = {0xEF, 0xBB, 0xBF};
+  static constexpr unsigned char lowFirst[] = {0xFF, 0xFE, 0x00, 0x00};
+  static constexpr unsigned char highFirst[] = {0x00, 0x00, 0xFE, 0xFF};
+  if (encoding == Encoding::utf8()) return utf8;
+  if (encoding == Encoding::utf16le()) return std::span(lowFirst).first(2);
+  if (encoding == Encoding::utf16be()) return std::span(highFirst).last(2);
+  if (!isWide(encoding)) return {};
+  return isLittleEndianUtf32(encoding) ? std::span(lowFirst) : std::span(highFirst);
+}
+
+enum class Begins { yes, no, perhaps };
+
+Begins beginsWith(const Window& window, std::span<const unsigned char> mark) {
+  const auto count = std::min(static_cast<std::size_t>(window.end - window.begin), mark.size());
+  if (mark.empty() ||
+      !std::equal(mark.begin(), mark.begin() + static_cast<std::ptrdiff_t>(count), window.begin)) {
+    return Begins::no;
+  }
+  if (count == mark.size()) return Begins::yes;
+  return window.isLast ? Begins::no : Begins::perhaps;
+}
+
+// Decodes one character and no more; nothing where none is whole.
+Decoded decodeOne(Decoder& decoder, DecoderJob job) {
+  const Decoder::State before = decoder.state();
+  for (const unsigned int units : {1, 2}) {
+    job.outEnd = job.out + 2 * units;
+    const Decoded decoded = decoder.decode(job);
+    if (decoded.out != job.out || decoded.why != DecoderStop::room) return decoded;
+    decoder.restore(before);
+  }
+  return {job.in, job.out, DecoderStop::room};
+}
+
+Window firstOf(const Window& window, std::size_t most) {
+  Window part = window;
+  if (static_cast<std::size_t>(window.end - window.begin) > most) {
+    part.end = window.begin + most;
+    part.isLast = false;
+  }
+  return part;
+}
+
+bool isSame(Encoding a, Encoding b) {
+  // 65005 and 65006 are UTF-32 too.
+  return a == b || (isWide(a) && isWide(b) && markOf(a).data() == markOf(b).data() &&
+                    markOf(a).size() == markOf(b).size());
+}
+
+}  // namespace
+
+// --- Setting up --------------------------------------------------------------
+
+Transcoder::Engine::Engine(Encoding from, Encoding to, Options options)
+    : m_from(from),
+      m_to(to),
+      m_options(std::move(options)),
+      m_encoder(makeEncoder(to)),
+      m_sides{sideFor(from), sideFor(otherOrder(from))},
+      m_outlet(*m_encoder),
+      m_replacement(from, to, m_options, *m_encoder) {
+  reset();
+}
+
+Transcoder::Engine::Side Transcoder::Engine::sideFor(Encoding encoding) const {
+  Way way = Way::pivot;
+  if (isSame(encoding, m_to)) {
+    if (!encoding.keepsState()) way = Way::copy;
+  } else if (m_to == Encoding::utf16le()) {
+    way = Way::decodeOnly;
+  } else if (encoding == Encoding::utf16le() && !m_to.keepsState()) {
+    way = Way::encodeOnly;
+  }
+  return {encoding, makeDecoder(encoding), way};
+}
+
+void Transcoder::Engine::reset() {
+  for (Side& side : m_sides) side.decoder->restore(Decoder::initialState);
+  m_encoder->restore(Encoder::initialState);
+  m_side = 0;
+  m_outlet.clear();
+  m_outlet.setFront(m_options.writesMark ? markOf(m_to) : std::span<const unsigned char>());
+  m_report = {};
+  m_memory = {};
+  m_isMarkSettled = m_options.keepsMark || markOf(m_from).empty();
+  m_isFinished = false;
+}
+
+// --- One call ----------------------------------------------------------------
+
+Step Transcoder::Engine::run(std::string_view piece, bool isLast, std::span<char> room) {
+  Source source(piece, isLast, m_memory);
+  m_source = &source;
+  m_outlet.open(room);
+  const Pause pause = convertWindows(source);
+  const std::size_t written = room.size() - m_outlet.room();
+  m_report.bytesWritten += written;
+  if (!m_report.stopped) m_report.bytesRead = m_memory.offset + m_memory.numCarried;
+  const Wants wants = pause == Pause::stopped ? Wants::reset
+                      : pause == Pause::room  ? Wants::room
+                      : m_isFinished          ? Wants::nothing
+                                              : Wants::input;
+  return {source.bytesTaken(), written, wants};
+}
+
+Transcoder::Engine::Pause Transcoder::Engine::convertWindows(Source& source) {
+  for (;;) {
+    if (!m_outlet.drain()) return Pause::room;
+    if (m_report.stopped) return Pause::stopped;
+    if (m_isFinished) return Pause::input;
+    const Window window = source.window();
+    const Advance advanced = convertWindow(window);
+    source.use(window, advanced.in, advanced.why == Pause::input);
+    // What waits may still be written, in front of a stop too.
+    if (advanced.why == Pause::room) return Pause::room;
+    if (advanced.why != Pause::input || source.hasMore()) continue;
+    if (!window.isLast) return Pause::input;
+    m_outlet.waitForEnd();
+    m_isFinished = true;
+  }
+}
+
+Transcoder::Engine::Advance Transcoder::Engine::convertWindow(const Window& window) {
+  if (!m_isMarkSettled) return settleMark(window);
+  if (m_outlet.hasFront()) return settleFront(window);
+  return advance(window);
+}
+
+// Takes the mark of the source off, which in UTF-16 and UTF-32 may be that of the
+// other order.
+Transcoder::Engine::Advance Transcoder::Engine::settleMark(const Window& window) {
+  bool isOpen = false;
+  for (unsigned int i = 0; i < m_sides.size(); ++i) {
+    const std::span<const unsigned char> mark = markOf(m_sides[i].encoding);
+    const Begins begins = beginsWith(window, mark);
+    if (begins == Begins::yes) {
+      m_isMarkSettled = true;
+      m_side = i;
+      return {window.begin + mark.size(), Pause::again};
+    }
+    isOpen |= begins == Begins::perhaps;
+  }
+  if (isOpen) return {window.begin, Pause::input};
+  m_isMarkSettled = true;
+  return {window.begin, Pause::again};
+}
+
+// As long as nothing is written no mark is either: until then the text is looked at
+// character by character.
+Transcoder::Engine::Advance Transcoder::Engine::settleFront(const Window& window) {
+  const Place start = here(window.begin);
+  const Place next = behind(window, start);
+  decoder().restore(start.state);
+  if (next.unit == start.unit) return advance(window);
+  const char32_t character = readCharacter(start.unit, next.unit).character;
+  if (hasPlace(character, *m_encoder)) {
+    m_outlet.waitForFront();
+    return {window.begin, Pause::again};
+  }
+  Window first = window;
+  first.end = next.in;
+  first.isLast = false;
+  Advance advanced = advance(first);
+  if (advanced.why == Pause::input) advanced.why = Pause::again;
+  return advanced;
+}
+
+Transcoder::Engine::Advance Transcoder::Engine::advance(const Window& window) {
+  switch (m_sides[m_side].way) {
+    case Way::decodeOnly:
+      return decodeIntoRoom(window);
+    case Way::encodeOnly:
+      return encodeFromWindow(window);
+    case Way::copy:
+      return copyDecoded(window);
+    case Way::pivot:
+      break;
+  }
+  return decodeAndEncode(window);
+}
+
+// --- The four ways -----------------------------------------------------------
+
+Transcoder::Engine::Advance Transcoder::Engine::decodeIntoRoom(const Window& window) {
+  const Decoder::State before = decoder().state();
+  // Decoders write whole units.
+  unsigned char* outEnd = m_outlet.out + m_outlet.room() / 2 * 2;
+  const Decoded decoded =
+      decoder().decode({window.begin, window.end, window.isLast, m_outlet.out, outEnd});
+  if (decoded.why != DecoderStop::room || decoded.out != m_outlet.out || m_outlet.room() == 0) {
+    m_outlet.out = decoded.out;
+    if (decoded.why == DecoderStop::room) return {decoded.in, Pause::room};
+    return afterDecoding(window, window, decoded);
+  }
+  // The last bytes of the room are the first of a character, if one comes next.
+  decoder().restore(before);
+  const Decoded next =
+      decodeOne(decoder(), {window.begin, window.end, window.isLast, m_block, nullptr});
+  if (next.out == m_block) return afterDecoding(window, window, next);
+  m_outlet.wait(std::span<const unsigned char>(m_block, next.out));
+  return {next.in, Pause::again};
+}
+
+Transcoder::Engine::Advance Transcoder::Engine::encodeFromWindow(const Window& window) {
+  const Encoded encoded =
+      m_encoder->encode({window.begin, window.end, m_outlet.out, m_outlet.outEnd});
+  m_outlet.out = encoded.out;
+  const Place place = here(encoded.in);
+  if (encoded.why == EncoderStop::room) return encodeNextInto(window, place);
+  // What the encoder has left may be half of something.
+  const Decoded next = decodeOne(decoder(), {place.in, window.end, window.isLast, m_block, {}});
+  if (next.out == m_block) return afterDecoding(window, window, next);
+  const Pause pause = loseCharacter(window, place, {next.in, decoder().state(), next.out});
+  return {pause == Pause::stopped ? place.in : next.in, pause};
+}
+
+Transcoder::Engine::Advance Transcoder::Engine::copyDecoded(const Window& window) {
+  // Where the room is short, a character at a time may have to wait for more.
+  constexpr std::size_t shortRoom = 64;
+  const bool isShort = m_outlet.room() < shortRoom;
+  Window part = window;
+  if (!isShort) part = firstOf(window, std::min(m_outlet.room(), bytesPerBlock));
+  const DecoderJob job{part.begin, part.end, part.isLast, m_block,
+                       isShort ? m_block + 4 : std::end(m_block)};
+  const Decoded decoded = isShort ? decodeOne(decoder(), job) : decoder().decode(job);
+  const std::span<const unsigned char> copied(window.begin, decoded.in);
+  if (copied.size() <= m_outlet.room()) {
+    m_outlet.out = std::copy(copied.begin(), copied.end(), m_outlet.out);
+  } else {
+    m_outlet.wait(copied);
+  }
+  return afterDecoding(window, part, decoded);
+}
+
+Transcoder::Engine::Advance Transcoder::Engine::decodeAndEncode(const Window& window) {
+  // For little room a small part will do: what does not fit is decoded again.
+  constexpr std::size_t fewest = 64;
+  const Window part = firstOf(window, std::min(std::max(m_outlet.room(), fewest), bytesPerBlock));
+  const Place start = here(window.begin);
+  const Decoded decoded =
+      decoder().decode({part.begin, part.end, part.isLast, m_block, std::end(m_block)});
+  if (decoded.out == m_block) return afterDecoding(window, part, decoded);
+  return encodeBlock(window, part, start, decoded);
+}
+
+Transcoder::Engine::Advance Transcoder::Engine::encodeBlock(const Window& window,
+                                                            const Window& part, const Place& start,
+                                                            const Decoded& decoded) {
+  const Decoder::State after = decoder().state();
+  Place place = start;
+  for (;;) {
+    const Encoded encoded =
+        m_encoder->encode({place.unit, decoded.out, m_outlet.out, m_outlet.outEnd});
+    m_outlet.out = encoded.out;
+    if (encoded.why == EncoderStop::end) {
+      decoder().restore(after);
+      return afterDecoding(window, part, decoded);
+    }
+    place = find(window, place, m_block + (encoded.in - m_block));
+    if (encoded.why == EncoderStop::room) return encodeNextInto(window, place);
+    const Place next = behind(window, place);
+    if (loseCharacter(window, place, next) == Pause::stopped) return {place.in, Pause::stopped};
+    if (!m_outlet.drain()) return {next.in, Pause::room};
+    place = next;
+  }
+}
+
+// Fills the rest of the room with the first bytes of the next character, whose others
+// wait.
+Transcoder::Engine::Advance Transcoder::Engine::encodeNextInto(const Window& window,
+                                                               const Place& place) {
+  const Place next = behind(window, place);
+  m_outlet.waitEncoded(readCharacter(place.unit, next.unit).character);
+  return {next.in, Pause::again};
+}
+
+// What follows when all that was decoded of `part`, of the window, is written.
+Transcoder::Engine::Advance Transcoder::Engine::afterDecoding(const Window& window,
+                                                              const Window& part,
+                                                              const Decoded& decoded) {
+  switch (decoded.why) {
+    case DecoderStop::malformed:
+      return loseBytes(window, decoded);
+    case DecoderStop::room:
+      return {decoded.in, Pause::again};
+    case DecoderStop::end:
+    case DecoderStop::cutOff:
+      break;
+  }
+  // The end of a part is not that of the window.
+  return {decoded.in, part.end == window.end ? Pause::input : Pause::again};
+}
+
+// --- Places ------------------------------------------------------------------
+
+Transcoder::Engine::Place Transcoder::Engine::here(const unsigned char* in) {
+  return {in, decoder().state(), m_block};
+}
+
+// The place of a unit of the block, from one in front of it.
+Transcoder::Engine::Place Transcoder::Engine::find(const Window& window, const Place& from,
+                                                   unsigned char* unit) {
+  decoder().restore(from.state);
+  const Decoded decoded = decoder().decode({from.in, window.end, window.isLast, from.unit, unit});
+  return {decoded.in, decoder().state(), unit};
+}
+
+// The place behind the next character, or the same where there is none.
+Transcoder::Engine::Place Transcoder::Engine::behind(const Window& window, const Place& place) {
+  decoder().restore(place.state);
+  const Decoded decoded =
+      decodeOne(decoder(), {place.in, window.end, window.isLast, place.unit, nullptr});
+  return {decoded.in, decoder().state(), decoded.out};
+}
+
+// --- Losses ------------------------------------------------------------------
+
+Transcoder::Engine::Pause Transcoder::Engine::loseCharacter(const Window& window,
+                                                            const Place& place, const Place& next) {
+  const unsigned int ownLength = decoder().lastLength();
+  const unsigned int length =
+      ownLength != 0 ? ownLength : static_cast<unsigned int>(next.in - place.in);
+  Loss loss = lossAt(window, next.in - length, length);
+  loss.character = readCharacter(place.unit, next.unit).character;
+
+  unsigned char lookalike[Encoder::mostBytes];
+  const unsigned char* end = m_options.bestFits == BestFits::close
+                                 ? m_encoder->encodeLookalike(loss.character, lookalike)
+                                 : nullptr;
+  loss.kind = end ? LossKind::bestFit : LossKind::unmappable;
+  const std::optional<Action> answer = ask(loss);
+  if (end && !answer) {
+    count(loss);
+    m_outlet.wait(std::span<const unsigned char>(lookalike, end));
+    return Pause::again;
+  }
+  loss.kind = LossKind::unmappable;
+  const Pause pause = lose(loss, answer.value_or(m_options.unmappable));
+  if (pause == Pause::stopped) decoder().restore(place.state);
+  return pause;
+}
+
+Transcoder::Engine::Advance Transcoder::Engine::loseBytes(const Window& window,
+                                                          const Decoded& decoded) {
+  const Decoded lost = withPreservedForm(window, decoded);
+  if (lost.why == DecoderStop::cutOff) return {lost.in, Pause::input};
+  const unsigned char* begin = lost.in - lost.back;
+  const Loss loss = lossAt(window, begin, lost.length);
+  const Pause pause = lose(loss, ask(loss).value_or(m_options.malformed));
+  if (pause == Pause::stopped) return {lost.in, pause};
+  // What reaches back may begin in front of the window, of which there may be none.
+  return {lost.in + (lost.length > lost.back ? lost.length - lost.back : 0), pause};
+}
+
+// The three-byte form of a preserved byte is one loss of three bytes, where UTF-8
+// otherwise sees three.
+Decoded Transcoder::Engine::withPreservedForm(const Window& window, Decoded decoded) const {
+  if (m_options.malformed != Action::preserve || m_from != Encoding::utf8()) return decoded;
+  const std::ptrdiff_t available = std::min<std::ptrdiff_t>(window.end - decoded.in, 3);
+  const unsigned char* in = decoded.in;
+  if (in[0] != 0xED || (available > 1 && (in[1] & 0xFE) != 0xB2) ||
+      (available > 2 && (in[2] & 0xC0) != 0x80)) {
+    return decoded;
+  }
+  if (available == 3) {
+    decoded.length = 3;
+  } else if (!window.isLast) {
+    decoded.why = DecoderStop::cutOff;
+  }
+  return decoded;
+}
+
+Transcoder::Engine::Pause Transcoder::Engine::lose(const Loss& loss, Action action) {
+  count(loss);
+  if (action == Action::stop) {
+    m_report.stopped = true;
+    m_report.bytesRead = loss.offset;
+    return Pause::stopped;
+  }
+  m_replacement.write(action, loss, m_sides[m_side].encoding, m_outlet);
+  return Pause::again;
+}
+
+// If the handler throws, the conversion has stopped at the loss.
+std::optional<Action> Transcoder::Engine::ask(const Loss& loss) {
+  if (!m_options.onLoss) return std::nullopt;
+  m_report.stopped = true;
+  m_report.bytesRead = loss.offset;
+  const std::optional<Action> answer = m_options.onLoss(loss);
+  m_report.stopped = false;
+  return answer;
+}
+
+Loss Transcoder::Engine::lossAt(const Window& window, const unsigned char* in,
+                                unsigned int length) const {
+  Loss loss;
+  loss.offset = window.offset + static_cast<std::uint64_t>(in - window.begin);
+  loss.length = std::min(length, static_cast<unsigned int>(Loss::mostBytes));
+  for (unsigned int i = 0; i < loss.length; ++i) {
+    // Its beginning may have been used with the piece before.
+    const std::ptrdiff_t before = window.begin - (in + i);
+    loss.storage[i] = before > 0 ? m_source->byteBefore(static_cast<std::size_t>(before)) : in[i];
+  }
+  return loss;
+}
+
+void Transcoder::Engine::count(const Loss& loss) {
+  const auto add = [&](std::uint64_t& number, std::optional<Loss>& first) {
+    if (number++ == 0) first = loss;
+  };
+  switch (loss.kind) {
+    case LossKind::malformed:
+      add(m_report.malformed, m_report.firstMalformed);
+      return;
+    case LossKind::unmappable:
+      add(m_report.unmappable, m_report.firstUnmappable);
+      return;
+    case LossKind::bestFit:
+      add(m_report.bestFits, m_report.firstBestFit);
+      return;
+  }
+}
+
+}  // namespace quorvel::text

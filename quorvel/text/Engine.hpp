@@ -1,0 +1,124 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string_view>
+
+#include "quorvel/text/Decoder.hpp"
+#include "quorvel/text/Options.h"
+#include "quorvel/text/Outlet.hpp"
+#include "quorvel/text/Replacement.hpp"
+#include "quorvel/text/Report.h"
+#include "quorvel/text/Source.hpp"
+#include "quorvel/text/Transcoder.h"
+
+namespace quorvel::text {
+
+/// The way of a text in pieces:
+///
+///     piece -> window -> decoder -> UTF-16LE block -> encoder -> outlet
+///
+/// A window is the piece, or, behind a piece that ended inside of a character, what
+/// was left of that and the first bytes of the next. Nothing decoded is kept between
+/// calls: where the room ends, or a character has no place, the place of that
+/// character in the source is found by decoding the block again from the last known
+/// place, with room for just as many units. That costs nothing while nothing is lost,
+/// and needs no table of places.
+///
+/// Three shorter ways leave a step out: the decoder writes into the room itself, the
+/// encoder reads the window itself, or, between equal encodings, what has been
+/// decoded is copied.
+class Transcoder::Engine {
+ public:
+  Engine(Encoding from, Encoding to, Options options);
+
+  Step run(std::string_view piece, bool isLast, std::span<char> room);
+  void reset();
+
+  const Report& report() const { return m_report; }
+  Encoding from() const { return m_from; }
+  Encoding to() const { return m_to; }
+
+ private:
+  enum class Way { pivot, decodeOnly, encodeOnly, copy };
+
+  /// How a source is read: as it was named, or in the byte order of its mark.
+  struct Side {
+    Encoding encoding;
+    std::unique_ptr<Decoder> decoder;
+    Way way;
+  };
+
+  enum class Pause {
+    input,    ///< all is used, but perhaps the beginning of a character
+    room,     ///< the room is full
+    again,    ///< there may be more to do
+    stopped,  ///< at a loss
+  };
+
+  struct Advance {
+    const unsigned char* in;  ///< used up to here
+    Pause why;
+  };
+
+  /// A place between two characters: in the source, and in the block.
+  struct Place {
+    const unsigned char* in;
+    Decoder::State state;
+    unsigned char* unit;
+  };
+
+  Side sideFor(Encoding encoding) const;
+  Decoder& decoder() { return *m_sides[m_side].decoder; }
+
+  Pause convertWindows(Source& source);
+  Advance convertWindow(const Window& window);
+  Advance settleMark(const Window& window);
+  Advance settleFront(const Window& window);
+
+  Advance advance(const Window& window);
+  Advance decodeIntoRoom(const Window& window);
+  Advance encodeFromWindow(const Window& window);
+  Advance copyDecoded(const Window& window);
+  Advance decodeAndEncode(const Window& window);
+  Advance encodeBlock(const Window& window, const Window& part, const Place& start,
+                      const Decoded& decoded);
+  Advance encodeNextInto(const Window& window, const Place& place);
+  Advance afterDecoding(const Window& window, const Window& part, const Decoded& decoded);
+
+  Place here(const unsigned char* in);
+  Place find(const Window& window, const Place& from, unsigned char* unit);
+  Place behind(const Window& window, const Place& place);
+
+  Pause loseCharacter(const Window& window, const Place& place, const Place& next);
+  Advance loseBytes(const Window& window, const Decoded& decoded);
+  Decoded withPreservedForm(const Window& window, Decoded decoded) const;
+  Pause lose(const Loss& loss, Action action);
+  std::optional<Action> ask(const Loss& loss);
+  Loss lossAt(const Window& window, const unsigned char* in, unsigned int length) const;
+  void count(const Loss& loss);
+
+  Encoding m_from;
+  Encoding m_to;
+  Options m_options;
+  std::unique_ptr<Encoder> m_encoder;
+  std::array<Side, 2> m_sides;
+  unsigned int m_side = 0;
+  Outlet m_outlet;
+  Replacement m_replacement;
+
+  Report m_report;
+  Source::Memory m_memory;
+  const Source* m_source = nullptr;  // of the call
+  bool m_isMarkSettled = false;
+  bool m_isFinished = false;
+
+  static constexpr std::size_t bytesPerBlock = 8192;
+  // A byte makes one unit at most.
+  unsigned char m_block[2 * bytesPerBlock];
+};
+
+}  // namespace quorvel::text

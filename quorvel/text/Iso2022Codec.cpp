@@ -1,0 +1,377 @@
+// ISO-2022-JP and ISO-2022-KR. What is written depends on the set in use, which
+// escapes and shifts bring in; what stands in one is looked up in the table of the
+// 8-bit encoding of the same characters.
+//
+// A line end survives in every set and returns to ASCII. What a set does not define
+// is lost by itself: nothing makes it take ASCII along.
+
+#include "quorvel/text/Iso2022Codec.hpp"
+
+#include <span>
+
+#include "quorvel/kernel/AsciiRun.hpp"
+#include "quorvel/kernel/Iso2022Text.hpp"
+#include "quorvel/kernel/Jis.hpp"
+#include "quorvel/text/CodecLoops.hpp"
+
+namespace quorvel::text {
+
+namespace {
+
+using iso2022::Bytes;
+using jis::Set;
+
+const kernel::PairsToUnits& pairsOf(const ReadingTable& reading) {
+  return static_cast<const PairsToUnicode&>(*reading.table).flat;
+}
+
+constexpr bool isLineEnd(unsigned char byte) { return byte == '\r' || byte == '\n'; }
+
+// What stands at one position: a character or a loss as in `Stepped`, or something
+// that only switches sets, of so many bytes.
+struct Meaning {
+  Stepped stepped;
+  bool isSwitch = false;
+};
+
+Meaning switchOf(std::size_t length) {
+  return {{Stepped::Kind::character, static_cast<unsigned int>(length)}, true};
+}
+
+// Whether the window ends inside of what may become `sequence`.
+bool isCutOff(Bytes text, std::string_view sequence) {
+  return text.size() < sequence.size() &&
+         iso2022::startsWith(text, sequence.substr(0, text.size()));
+}
+
+// Plain text of the window: ASCII that switches nothing.
+Position widenText(const unsigned char* in, const unsigned char* stop, unsigned char* out) {
+  while (stop - in >= runLength) {
+    const std::uint64_t bytes = loadRun(in);
+    if (((bytes | (bytes - 0x20 * inEachByte)) & 0x80 * inEachByte) != 0) break;
+    widenRun(in, out);
+    in += runLength;
+    out += 2 * runLength;
+  }
+  while (in < stop && *in < 0x80 && !iso2022::isSwitch(*in)) out = putUnit(*in++, out);
+  return {in, out};
+}
+
+// A decoder of this family: `Self` says what stands at a position and has a loop for
+// long stretches of one set.
+template <typename Self>
+class Iso2022Decoder : public Decoder {
+ public:
+  Decoded decode(const DecoderJob& job) override {
+    const unsigned char* in = job.in;
+    unsigned char* out = job.out;
+    for (;;) {
+      const std::ptrdiff_t room = (job.outEnd - out) / 2;
+      if (room > 1) {
+        const Position progress = self().run(in, in + std::min(job.end - in, room), out);
+        in = progress.in;
+        out = progress.out;
+      }
+      if (in == job.end) return {in, out, DecoderStop::end};
+      if (out == job.outEnd) return {in, out, DecoderStop::room};
+      const State before = m_state;
+      const Meaning meaning = self().read({in, job.end}, job.isLast);
+      const Stepped& stepped = meaning.stepped;
+      if (stepped.kind == Stepped::Kind::cutOff) return {in, out, DecoderStop::cutOff};
+      if (stepped.kind == Stepped::Kind::malformed) {
+        return {in, out, DecoderStop::malformed, stepped.length};
+      }
+      if (!meaning.isSwitch) {
+        if (job.outEnd - out < 2) {
+          m_state = before;
+          return {in, out, DecoderStop::room};
+        }
+        out = putCharacter(stepped.character, out);
+        m_lastLength = stepped.length;
+      }
+      in += stepped.length;
+    }
+  }
+
+  unsigned int lastLength() const override { return m_lastLength; }
+
+ private:
+  Self& self() { return static_cast<Self&>(*this); }
+
+  unsigned int m_lastLength = 0;
+};
+
+// A pair of graphic bytes in a set of pairs, `unit` being what it stands for.
+template <typename UnitOf>
+Meaning readPair(Bytes text, bool isLast, const UnitOf& unitOf) {
+  if (text.size() < 2) return {cutOffAfter(1, isLast)};
+  if (!iso2022::isGraphic(text[1])) return {malformedFor(1)};
+  const unsigned int unit = unitOf(text[0], text[1]);
+  return {unit != 0 ? characterOf(unit, 2) : malformedFor(2)};
+}
+
+// --- ISO-2022-JP, reading ----------------------------------------------------
+
+class JapaneseDecoder : public Iso2022Decoder<JapaneseDecoder> {
+ public:
+  explicit JapaneseDecoder(std::shared_ptr<const ReadingTable> table)
+      : m_table(std::move(table)), m_pairs(pairsOf(*m_table)), m_lastBlock(jisLastBlock()) {}
+
+  Position run(const unsigned char* in, const unsigned char* stop, unsigned char* out) const {
+    switch (currentSet()) {
+      case Set::ascii:
+        return widenText(in, stop, out);
+      case Set::kanji:
+        return readKanji(in, stop, out);
+      case Set::katakana:
+        break;
+    }
+    for (; in < stop && jis::isKatakana(*in); ++in) out = putUnit(unitOfKatakana(*in), out);
+    return {in, out};
+  }
+
+  Meaning read(Bytes text, bool isLast) {
+    const unsigned char byte = text[0];
+    if (byte >= 0x80) return {malformedFor(1)};
+    if (iso2022::isSwitch(byte)) return readSwitch(text, isLast);
+    if (isLineEnd(byte)) m_state = initialState;
+    if (!iso2022::isGraphic(byte)) return {characterOf(byte, 1)};
+    switch (currentSet()) {
+      case Set::kanji:
+        return readPair(text, isLast, [this](unsigned char lead, unsigned char trail) {
+          return unitOfKanji(lead, trail);
+        });
+      case Set::katakana:
+        return {jis::isKatakana(byte) ? characterOf(unitOfKatakana(byte), 1) : malformedFor(1)};
+      case Set::ascii:
+        break;
+    }
+    return {characterOf(byte, 1)};
+  }
+
+ private:
+  // The designated set in the low bits; above them the shift, which is independent.
+  static constexpr State shifted = 0x10;
+
+  Set currentSet() const {
+    return (m_state & shifted) != 0 ? Set::katakana : static_cast<Set>(m_state);
+  }
+
+  Meaning readSwitch(Bytes text, bool isLast) {
+    if (text[0] == iso2022::shiftOut) {
+      m_state |= shifted;
+      return switchOf(1);
+    }
+    if (text[0] == iso2022::shiftIn) {
+      m_state &= ~shifted;
+      return switchOf(1);
+    }
+    for (const jis::Designation& designation : jis::designations) {
+      if (!isLast && isCutOff(text, designation.sequence)) return {cutOffAfter(text.size(), false)};
+    }
+    const jis::Designation* designation = jis::findDesignation(text);
+    if (!designation) return {malformedFor(1)};
+    m_state = (m_state & shifted) | static_cast<State>(designation->set);
+    return switchOf(designation->sequence.size());
+  }
+
+  unsigned int unitOfKanji(unsigned char lead, unsigned char trail) const {
+    const jis::Place place = jis::placeFromJis(lead, trail);
+    return m_pairs.units[jis::sjisFromPlace(place, m_lastBlock->codes)];
+  }
+
+  static unsigned int unitOfKatakana(unsigned char byte) { return 0xFF40U + byte; }
+
+  Position readKanji(const unsigned char* in, const unsigned char* stop, unsigned char* out) const {
+    for (; stop - in >= 2 && iso2022::isGraphic(in[0]) && iso2022::isGraphic(in[1]); in += 2) {
+      const unsigned int unit = unitOfKanji(in[0], in[1]);
+      if (unit == 0) break;
+      out = putUnit(unit, out);
+    }
+    return {in, out};
+  }
+
+  std::shared_ptr<const ReadingTable> m_table;
+  const kernel::PairsToUnits& m_pairs;
+  std::shared_ptr<const JisLastBlock> m_lastBlock;
+};
+
+// --- ISO-2022-JP, writing ----------------------------------------------------
+
+unsigned char* putSequence(std::string_view sequence, unsigned char* out) {
+  return std::copy(sequence.begin(), sequence.end(), out);
+}
+
+Position noLoop(const unsigned char* in, const unsigned char*, unsigned char* out) {
+  return {in, out};
+}
+
+class JapaneseEncoder : public Encoder {
+ public:
+  explicit JapaneseEncoder(std::shared_ptr<const WritingTable> table)
+      : m_table(std::move(table)), m_lastBlock(jisLastBlock()) {}
+
+  Encoded encode(const EncoderJob& job) override { return encodeBy(noLoop, 2, *this, job); }
+
+  unsigned char* encodeOne(char32_t character, unsigned char* out) override {
+    if (character < 0x80) {
+      const auto byte = static_cast<unsigned char>(character);
+      if (iso2022::isSwitch(byte)) return nullptr;
+      out = use(Set::ascii, out);
+      *out++ = byte;
+      return out;
+    }
+    if (character - 0xFF61 <= 0xFF9F - 0xFF61) {
+      out = use(Set::katakana, out);
+      *out++ = static_cast<unsigned char>(character - 0xFF40);
+      return out;
+    }
+    const unsigned int code = jisOf(character);
+    if (code == 0) return nullptr;
+    out = use(Set::kanji, out);
+    *out++ = static_cast<unsigned char>(code >> 8);
+    *out++ = static_cast<unsigned char>(code);
+    return out;
+  }
+
+  unsigned char* finish(unsigned char* out) override { return use(Set::ascii, out); }
+
+ private:
+  unsigned int jisOf(char32_t character) const {
+    if (character >= 0x10000) return 0;
+    const unsigned int code = m_table->codeOf(character);
+    if (code < 0x100) return 0;
+    return jis::jisFromSjis(static_cast<unsigned char>(code), static_cast<unsigned char>(code >> 8),
+                            m_lastBlock->codes);
+  }
+
+  unsigned char* use(Set set, unsigned char* out) {
+    if (m_state == static_cast<State>(set)) return out;
+    m_state = static_cast<State>(set);
+    return putSequence(jis::sequenceFor(set), out);
+  }
+
+  std::shared_ptr<const WritingTable> m_table;
+  std::shared_ptr<const JisLastBlock> m_lastBlock;
+};
+
+// --- ISO-2022-KR -------------------------------------------------------------
+
+// Announces KS C 5601 as the set that SO brings in.
+constexpr std::string_view header = "\x1B$)C";
+
+constexpr unsigned char highBit = 0x80;
+
+class KoreanDecoder : public Iso2022Decoder<KoreanDecoder> {
+ public:
+  explicit KoreanDecoder(std::shared_ptr<const ReadingTable> table)
+      : m_table(std::move(table)), m_pairs(pairsOf(*m_table)) {}
+
+  Position run(const unsigned char* in, const unsigned char* stop, unsigned char* out) const {
+    if (m_state == initialState) return widenText(in, stop, out);
+    for (; stop - in >= 2 && iso2022::isGraphic(in[0]) && iso2022::isGraphic(in[1]); in += 2) {
+      const unsigned int unit = unitOf(in[0], in[1]);
+      if (unit == 0) break;
+      out = putUnit(unit, out);
+    }
+    return {in, out};
+  }
+
+  Meaning read(Bytes text, bool isLast) {
+    const unsigned char byte = text[0];
+    if (byte >= 0x80) return {malformedFor(1)};
+    if (byte == iso2022::escape) {
+      if (iso2022::startsWith(text, header)) return switchOf(header.size());
+      if (!isLast && isCutOff(text, header)) return {cutOffAfter(text.size(), false)};
+      return {malformedFor(1)};
+    }
+    if (iso2022::isSwitch(byte)) {
+      m_state = byte == iso2022::shiftOut ? shifted : initialState;
+      return switchOf(1);
+    }
+    if (isLineEnd(byte)) m_state = initialState;
+    if (m_state == initialState || !iso2022::isGraphic(byte)) return {characterOf(byte, 1)};
+    return readPair(text, isLast, [this](unsigned char lead, unsigned char trail) {
+      return unitOf(lead, trail);
+    });
+  }
+
+ private:
+  static constexpr State shifted = 1;
+
+  unsigned int unitOf(unsigned char lead, unsigned char trail) const {
+    return m_pairs.units[(lead | highBit) << 8 | (trail | highBit)];
+  }
+
+  std::shared_ptr<const ReadingTable> m_table;
+  const kernel::PairsToUnits& m_pairs;
+};
+
+class KoreanEncoder : public Encoder {
+ public:
+  explicit KoreanEncoder(std::shared_ptr<const WritingTable> table) : m_table(std::move(table)) {}
+
+  Encoded encode(const EncoderJob& job) override { return encodeBy(noLoop, 2, *this, job); }
+
+  unsigned char* encodeOne(char32_t character, unsigned char* out) override {
+    if (character < 0x80) {
+      const auto byte = static_cast<unsigned char>(character);
+      if (iso2022::isSwitch(byte)) return nullptr;
+      out = use(0, out);
+      *out++ = byte;
+      return out;
+    }
+    const unsigned int code = character < 0x10000 ? m_table->codeOf(character) : 0;
+    const auto lead = static_cast<unsigned char>(code);
+    const auto trail = static_cast<unsigned char>(code >> 8);
+    if (!isKsc(lead) || !isKsc(trail)) return nullptr;
+    out = use(shifted, out);
+    *out++ = static_cast<unsigned char>(lead & ~highBit);
+    *out++ = static_cast<unsigned char>(trail & ~highBit);
+    return out;
+  }
+
+  // Nothing may stand in front of the header.
+  unsigned char* interrupt(unsigned char* out) override { return use(m_state & shifted, out); }
+
+  unsigned char* finish(unsigned char* out) override {
+    return m_state == initialState ? out : use(0, out);
+  }
+
+ private:
+  static constexpr State announced = 1;
+  static constexpr State shifted = 2;
+
+  static bool isKsc(unsigned char byte) {
+    return byte >= highBit && iso2022::isGraphic(static_cast<unsigned char>(byte & ~highBit));
+  }
+
+  unsigned char* use(State shift, unsigned char* out) {
+    if ((m_state & announced) == 0) out = putSequence(header, out);
+    if ((m_state & shifted) != shift) *out++ = shift != 0 ? iso2022::shiftOut : iso2022::shiftIn;
+    m_state = announced | shift;
+    return out;
+  }
+
+  std::shared_ptr<const WritingTable> m_table;
+};
+
+}  // namespace
+
+std::unique_ptr<Decoder> makeJapaneseDecoder(std::shared_ptr<const ReadingTable> shiftJis) {
+  return std::make_unique<JapaneseDecoder>(std::move(shiftJis));
+}
+
+std::unique_ptr<Encoder> makeJapaneseEncoder(std::shared_ptr<const WritingTable> shiftJis) {
+  return std::make_unique<JapaneseEncoder>(std::move(shiftJis));
+}
+
+std::unique_ptr<Decoder> makeKoreanDecoder(std::shared_ptr<const ReadingTable> hangul) {
+  return std::make_unique<KoreanDecoder>(std::move(hangul));
+}
+
+std::unique_ptr<Encoder> makeKoreanEncoder(std::shared_ptr<const WritingTable> hangul) {
+  return std::make_unique<KoreanEncoder>(std::move(hangul));
+}
+
+}  // namespace quorvel::text

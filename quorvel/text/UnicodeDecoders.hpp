@@ -1,0 +1,18 @@
+#pragma once
+
+#include <memory>
+
+#include "quorvel/text/Decoder.hpp"
+
+namespace quorvel::text {
+
+/// The order of the bytes of a unit.
+enum class Order { lowFirst, highFirst };
+
+std::unique_ptr<Decoder> makeUtf8Decoder();
+std::unique_ptr<Decoder> makeUtf16Decoder(Order order);
+std::unique_ptr<Decoder> makeUtf32Decoder(Order order);
+std::unique_ptr<Decoder> makeUtf7Decoder();
+std::unique_ptr<Decoder> makeGsmDecoder();
+
+}  // namespace quorvel::text
