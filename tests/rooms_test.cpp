@@ -25,6 +25,7 @@ const std::map<std::string, std::set<std::string>> arrows = {
     {"pages", {"base", "kernel", "codepages"}},
     {"unicode", {"base", "kernel", "pages"}},
     {"support", {"base", "kernel", "names", "pages", "unicode"}},
+    {"text", {"base", "kernel", "names", "pages", "unicode"}},
 };
 
 struct Include {

@@ -1,4 +1,4 @@
-# The examples of README.md do what it says. A ```cpp block is a program, built
+# The examples of README.md and docs/text.md do what they say. A ```cpp block is a program, built
 # as the ```cmake block says, and prints the ```text block that follows it. A
 # ```console block is a session in samples/: what follows "$ " is run, and what
 # follows that is its output.
@@ -59,8 +59,11 @@ function(run_session session)
   endwhile()
 endfunction()
 
+# The other documents show programs for the project of the README.
 set(programs 0)
 set(sessions_run OFF)
+file(READ ${SOURCE}/docs/text.md more)
+string(APPEND rest "\n${more}")
 take_until("\n```" rest text found)
 while(found)
   take_until("\n" rest language has_language)

@@ -11,6 +11,7 @@ namespace {
 long untilFailure = 0;  // 0: none fails
 bool isLasting = false;
 long failed = 0;
+Allocated allocated{};
 
 bool mustFail() {
   if (untilFailure == 0 || --untilFailure != 0) return false;
@@ -20,6 +21,8 @@ bool mustFail() {
 }
 
 void* allocate(std::size_t size) noexcept {
+  ++allocated.number;
+  allocated.bytes += size;
   return mustFail() ? nullptr : std::malloc(size == 0 ? 1 : size);
 }
 
@@ -34,6 +37,8 @@ FailingAllocations::FailingAllocations(long number, Failures failures) {
 FailingAllocations::~FailingAllocations() { untilFailure = 0; }
 
 long FailingAllocations::count() const { return failed; }
+
+Allocated allocatedSoFar() { return allocated; }
 
 }  // namespace quorvel::test_memory
 

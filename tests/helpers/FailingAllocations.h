@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 /// Allocations that fail when a test says so. The program that is linked with
 /// FailingAllocations.cpp gets all its memory through it.
 namespace quorvel::test_memory {
@@ -19,5 +21,13 @@ class FailingAllocations {
   /// How many have failed.
   long count() const;
 };
+
+/// What has been allocated since the program began, freed or not.
+struct Allocated {
+  std::size_t number;
+  std::size_t bytes;
+};
+
+Allocated allocatedSoFar();
 
 }  // namespace quorvel::test_memory
