@@ -209,9 +209,10 @@ void addBestFits(int codePage, std::vector<BestFit>& fits) {
     if (known.codePage != codePage) continue;
     for (const BestFit& fit : known.fits) fits.push_back({fit.unit, asWritten(fit.code)});
   }
-  std::ranges::stable_sort(fits, {}, &BestFit::unit);
-  const auto repeated = std::ranges::unique(fits, {}, &BestFit::unit);
-  fits.erase(repeated.begin(), repeated.end());
+  const auto isBefore = [](const BestFit& a, const BestFit& b) { return a.unit < b.unit; };
+  const auto isSame = [](const BestFit& a, const BestFit& b) { return a.unit == b.unit; };
+  std::stable_sort(fits.begin(), fits.end(), isBefore);
+  fits.erase(std::unique(fits.begin(), fits.end(), isSame), fits.end());
 }
 
 // Up to the last unit that has a code.

@@ -64,7 +64,7 @@ class QUORVEL_API Encoding {
       using reference = std::string_view;
 
       iterator() = default;
-      explicit iterator(std::string_view rest) : m_rest(rest) {}
+      iterator(std::string_view rest) : m_rest(rest) {}
       std::string_view operator*() const { return m_rest.substr(0, m_rest.find(' ')); }
       iterator& operator++() {
         const std::size_t end = m_rest.find(' ');
@@ -84,8 +84,8 @@ class QUORVEL_API Encoding {
     };
 
     explicit Names(std::string_view names) : m_names(names) {}
-    iterator begin() const { return iterator(m_names); }
-    iterator end() const { return iterator(); }
+    iterator begin() const { return {m_names}; }
+    iterator end() const { return {}; }
     bool empty() const { return m_names.empty(); }
 
    private:

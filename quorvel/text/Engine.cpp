@@ -46,7 +46,7 @@ Begins beginsWith(const Window& window, std::span<const unsigned char> mark) {
 // Decodes one character and no more; nothing where none is whole.
 Decoded decodeOne(Decoder& decoder, DecoderJob job) {
   const Decoder::State before = decoder.state();
-  for (const unsigned int units : {1, 2}) {
+  for (const std::ptrdiff_t units : {1, 2}) {
     job.outEnd = job.out + 2 * units;
     const Decoded decoded = decoder.decode(job);
     if (decoded.out != job.out || decoded.why != DecoderStop::room) return decoded;

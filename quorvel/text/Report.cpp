@@ -8,7 +8,8 @@ namespace {
 
 std::string hex(std::uint64_t value, int digits) {
   char text[24];
-  std::snprintf(text, sizeof text, "%0*llX", digits, static_cast<unsigned long long>(value));
+  static_cast<void>(
+      std::snprintf(text, sizeof text, "%0*llX", digits, static_cast<unsigned long long>(value)));
   return text;
 }
 

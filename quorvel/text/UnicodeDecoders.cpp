@@ -38,7 +38,9 @@ class Utf8Decoder : public Decoder {
 
 template <Order order>
 unsigned int unitAt(const unsigned char* in) {
-  return order == Order::lowFirst ? in[0] | in[1] << 8U : in[1] | in[0] << 8U;
+  const unsigned int first = in[0];
+  const unsigned int second = in[1];
+  return order == Order::lowFirst ? first | second << 8 : second | first << 8;
 }
 
 template <Order order>
