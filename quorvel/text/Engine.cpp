@@ -228,6 +228,7 @@ Transcoder::Engine::Advance Transcoder::Engine::encodeFromWindow(const Window& w
   const Encoded encoded =
       m_encoder->encode({window.begin, window.end, m_outlet.out, m_outlet.outEnd});
   m_outlet.out = encoded.out;
+  if (encoded.in == window.end) return {encoded.in, Pause::input};
   const Place place = here(encoded.in);
   if (encoded.why == EncoderStop::room) return encodeNextInto(window, place);
   // What the encoder has left may be half of something.

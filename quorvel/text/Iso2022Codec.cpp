@@ -7,11 +7,13 @@
 
 #include "quorvel/text/Iso2022Codec.hpp"
 
+#include <algorithm>
 #include <span>
 
 #include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Iso2022Text.hpp"
 #include "quorvel/kernel/Jis.hpp"
+#include "quorvel/kernel/Target.hpp"
 #include "quorvel/text/CodecLoops.hpp"
 
 namespace quorvel::text {
@@ -202,8 +204,39 @@ unsigned char* putSequence(std::string_view sequence, unsigned char* out) {
   return std::copy(sequence.begin(), sequence.end(), out);
 }
 
-Position noLoop(const unsigned char* in, const unsigned char*, unsigned char* out) {
-  return {in, out};
+// Units that are written by way of the 8-bit encoding at a time.
+constexpr std::ptrdiff_t bytesOfUnitsAtOnce = 512;
+
+// Encodes by the loop to the 8-bit encoding and `on(begin, end, out)`, the one from there.
+// What the second leaves is taken back: `unitsIn(begin, end)` says how many units stand
+// in front of it.
+template <typename On, typename UnitsIn>
+Position encodeInTwo(const kernel::UnitsToPairs& flat, Position at, const unsigned char* end,
+                     const On& on, const UnitsIn& unitsIn) {
+  unsigned char scratch[bytesOfUnitsAtOnce];
+  while (at.in != end) {
+    const unsigned char* stop = at.in + std::min(end - at.in, bytesOfUnitsAtOnce);
+    const Progress first = kernel::loops().unitsToPairs(flat, at.in, stop, scratch);
+    const Progress second = on(scratch, first.out, at.out);
+    const bool isAll = second.in == first.out;
+    at.in = isAll ? first.in : at.in + 2 * unitsIn(scratch, second.in);
+    at.out = second.out;
+    if (!isAll || first.in != stop) break;
+  }
+  return at;
+}
+
+const kernel::UnitsToPairs& pairsOf(const WritingTable& writing) {
+  return static_cast<const UnicodeToPairs&>(*writing.table).flat;
+}
+
+// How many characters a text has of which `isLead` says what begins a pair.
+template <typename IsLead>
+std::ptrdiff_t countCharacters(const unsigned char* in, const unsigned char* end,
+                               const IsLead& isLead) {
+  std::ptrdiff_t count = 0;
+  for (; in < end; in += isLead(*in) ? 2 : 1) ++count;
+  return count;
 }
 
 class JapaneseEncoder : public Encoder {
@@ -211,7 +244,22 @@ class JapaneseEncoder : public Encoder {
   explicit JapaneseEncoder(std::shared_ptr<const WritingTable> table)
       : m_table(std::move(table)), m_lastBlock(jisLastBlock()) {}
 
-  Encoded encode(const EncoderJob& job) override { return encodeBy(noLoop, 2, *this, job); }
+  Encoded encode(const EncoderJob& job) override {
+    const auto loop = [this](const unsigned char* in, const unsigned char* end,
+                             unsigned char* out) {
+      auto set = static_cast<Set>(m_state);
+      const auto on = [&](const unsigned char* p, const unsigned char* stop, unsigned char* room) {
+        return kernel::loops().shiftJisToIso2022Jp(p, stop, room, set);
+      };
+      const auto count = [](const unsigned char* p, const unsigned char* stop) {
+        return countCharacters(p, stop, jis::isSjisLead);
+      };
+      const Position at = encodeInTwo(pairsOf(*m_table), {in, out}, end, on, count);
+      m_state = static_cast<State>(set);
+      return at;
+    };
+    return encodeBy(loop, 8, *this, job);
+  }
 
   unsigned char* encodeOne(char32_t character, unsigned char* out) override {
     if (character < 0x80) {
@@ -311,7 +359,25 @@ class KoreanEncoder : public Encoder {
  public:
   explicit KoreanEncoder(std::shared_ptr<const WritingTable> table) : m_table(std::move(table)) {}
 
-  Encoded encode(const EncoderJob& job) override { return encodeBy(noLoop, 2, *this, job); }
+  Encoded encode(const EncoderJob& job) override {
+    const auto loop = [this](const unsigned char* in, const unsigned char* end,
+                             unsigned char* out) -> Position {
+      // The first character brings the header.
+      if ((m_state & announced) == 0) return {in, out};
+      bool isShifted = (m_state & shifted) != 0;
+      const auto on = [&](const unsigned char* p, const unsigned char* stop, unsigned char* room) {
+        return kernel::loops().kscToIso2022Kr(p, stop, room, isShifted);
+      };
+      const auto isLead = [](unsigned char byte) { return byte >= highBit; };
+      const auto count = [&](const unsigned char* p, const unsigned char* stop) {
+        return countCharacters(p, stop, isLead);
+      };
+      const Position at = encodeInTwo(pairsOf(*m_table), {in, out}, end, on, count);
+      m_state = announced | (isShifted ? shifted : 0);
+      return at;
+    };
+    return encodeBy(loop, 4, *this, job);
+  }
 
   unsigned char* encodeOne(char32_t character, unsigned char* out) override {
     if (character < 0x80) {

@@ -9,20 +9,37 @@ namespace quorvel::text {
 
 namespace {
 
-// What is asked for at a time where a string grows.
+// What is asked for first where a string grows, and at least each time.
 constexpr std::size_t bytesAtOnce = 16384;
+
+// A little more than the rest of a text will need if it is like what has been taken.
+std::size_t expected(std::size_t written, std::size_t taken, std::size_t left) {
+  if (taken == 0) return 0;
+  const double growth = static_cast<double>(written) / static_cast<double>(taken);
+  return static_cast<std::size_t>(growth * 1.0625 * static_cast<double>(left));
+}
 
 // Calls `run(rest, room)` until it wants no more room, and `take(written)` for what
 // each call wrote.
 template <typename Run>
 Step runIntoString(const Run& run, std::string_view piece, std::string& out) {
+  std::size_t size = out.size();
+  std::size_t written = 0;
+  std::size_t taken = 0;
+  // A text that is short needs little room, and clearing more takes time.
+  std::size_t more = std::min(bytesAtOnce, 4 * piece.size() + 64);
   for (;;) {
-    const std::size_t before = out.size();
-    out.resize(std::max(before + bytesAtOnce, out.capacity()));
-    const Step step = run(piece, std::span<char>(out).subspan(before));
-    out.resize(before + step.bytesWritten);
-    if (step.wants != Wants::room) return step;
+    out.resize(size + more);
+    const Step step = run(piece, std::span<char>(out).subspan(size));
+    size += step.bytesWritten;
+    written += step.bytesWritten;
+    taken += step.bytesTaken;
     piece.remove_prefix(step.bytesTaken);
+    if (step.wants != Wants::room) {
+      out.resize(size);
+      return step;
+    }
+    more = std::max(bytesAtOnce, expected(written, taken, piece.size()));
   }
 }
 

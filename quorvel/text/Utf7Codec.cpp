@@ -9,6 +9,7 @@
 
 #include <bit>
 
+#include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Base64Digits.hpp"
 #include "quorvel/kernel/Target.hpp"
 #include "quorvel/kernel/Utf7Text.hpp"
@@ -43,6 +44,11 @@ static_assert(sizeof(Reading) == sizeof(Decoder::State));
 // Whether all units are characters or whole pairs.
 bool areCharacters(const unsigned char* units, const unsigned char* end) {
   while (units != end) {
+    if (end - units >= runLength &&
+        !hasZeroUnit((loadRun(units) & 0xF800 * inEachUnit) ^ 0xD800 * inEachUnit)) {
+      units += runLength;
+      continue;
+    }
     const UnitsRead read = readCharacter(units, end);
     if (!isScalarValue(read.character)) return false;
     units += read.length;
