@@ -56,7 +56,7 @@ struct ToBytes {
   }
 
   const UnicodeToBytes& table;
-  decltype(kernel::Loops::unitsToBytes) loop = kernel::loops().unitsToBytes;
+  kernel::TableLoop<kernel::UnitsToBytes>& loop = kernel::loops().unitsToBytes;
 };
 
 struct ToBytesWithOwnDigits {
@@ -83,7 +83,7 @@ struct ToPairs {
   }
 
   const UnicodeToPairs& table;
-  decltype(kernel::Loops::unitsToPairs) loop = kernel::loops().unitsToPairs;
+  kernel::TableLoop<kernel::UnitsToPairs>& loop = kernel::loops().unitsToPairs;
 };
 
 // The unit at `in`, in front of which a loop has stopped. False when memory ran
