@@ -473,6 +473,33 @@ TEST(TextActions, OfReconvertingTakeAnEncoding) {
   EXPECT_EQ(whyRefused(encodingOf(65001), encodingOf(932), optionsOf(rules)), "");
 }
 
+TEST(TextActions, LeaveTheStringAndTheReportCompleteWhenAHandlerThrows) {
+  text::Options options;
+  options.onLoss = [](const text::Loss&) -> std::optional<Action> {
+    throw std::runtime_error("no");
+  };
+  auto transcoder = *text::Transcoder::make(encodingOf(65001), encodingOf(1252), options);
+  std::string out = ">";
+  EXPECT_THROW(transcoder.push("ab\xFFz", out), std::runtime_error);
+  EXPECT_EQ(out, ">ab");
+  EXPECT_EQ(transcoder.report().bytesWritten, 2U);
+  EXPECT_EQ(transcoder.report().bytesRead, 2U);
+  EXPECT_EQ(transcoder.report().malformed, 1U);
+  EXPECT_TRUE(transcoder.report().stopped);
+  EXPECT_FALSE(transcoder.report().isLossless());
+}
+
+TEST(TextActions, AskForNoMoreRoomThanTwiceWhatThereIsBehindABadBeginning) {
+  text::Options options;
+  options.malformed = Action::substitute;
+  options.substitute = std::string(1 << 16, '?');
+  const std::string source = "\xFF" + std::string(1 << 20, 'a');
+  const text::Converted result =
+      text::convert(encodingOf(65001), encodingOf(1252), source, options);
+  EXPECT_EQ(result.text.size(), (1U << 16) + (1U << 20));
+  EXPECT_LT(result.text.capacity(), std::size_t{8} << 20);
+}
+
 // --- Visual order -------------------------------------------------------------------------
 
 TEST(TextActions, ReadVisualOrderWhenThatIsAskedOfConvertAlone) {

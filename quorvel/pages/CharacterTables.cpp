@@ -312,15 +312,15 @@ unsigned int WritingTable::codeOf(unsigned int unit) const {
 }
 
 std::shared_ptr<const ReadingTable> readingTable(int codePage) {
-  tableRegistry::alsoRelease(releaseAll);
   Kept& all = kept();
+  tableRegistry::alsoRelease(releaseAll);
   const std::lock_guard lock(all.mutex);
   return readingTableOf(codePage, all);
 }
 
 std::shared_ptr<const WritingTable> writingTable(int codePage) {
-  tableRegistry::alsoRelease(releaseAll);
   Kept& all = kept();
+  tableRegistry::alsoRelease(releaseAll);
   const std::lock_guard lock(all.mutex);
   const auto found = all.writing.find(codePage);
   if (found != all.writing.end()) return found->second;
@@ -329,8 +329,8 @@ std::shared_ptr<const WritingTable> writingTable(int codePage) {
 }
 
 std::shared_ptr<const JisLastBlock> jisLastBlock() {
-  tableRegistry::alsoRelease(releaseAll);
   Kept& all = kept();
+  tableRegistry::alsoRelease(releaseAll);
   const std::lock_guard lock(all.mutex);
   if (!all.lastBlock) all.lastBlock = buildLastBlock();
   return all.lastBlock;

@@ -52,13 +52,11 @@ unsigned char remap(unsigned char byte) {
 
 constinit const std::array<int, 224> MacArabicRL = makeFlags();
 
-void reorderMacArabic(unsigned char* text, unsigned int n) {
+void reorderMacArabic(unsigned char* text, std::size_t n) {
   bool inRun = false;
-  unsigned int runStart = 0;
-  const auto reverseRun = [&](unsigned int runEnd) {
-    std::reverse(text + runStart, text + runEnd);
-  };
-  for (unsigned int i = 0; i < n; ++i) {
+  std::size_t runStart = 0;
+  const auto reverseRun = [&](std::size_t runEnd) { std::reverse(text + runStart, text + runEnd); };
+  for (std::size_t i = 0; i < n; ++i) {
     // The flags speak of the byte as it came, so they are asked before it is
     // remapped. The byte that ends a run is not marked and starts none.
     const bool isMarked = isRightToLeft(text[i]);

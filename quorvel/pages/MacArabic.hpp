@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 
 namespace quorvel {
 
@@ -10,6 +11,6 @@ extern const std::array<int, 224> MacArabicRL;
 
 /// Turns Mac Arabic text from visual into logical order, in place, and gives
 /// right-to-left twins of ASCII characters their ASCII codes.
-void reorderMacArabic(unsigned char* text, unsigned int n);
+void reorderMacArabic(unsigned char* text, std::size_t n);
 
 }  // namespace quorvel

@@ -206,7 +206,7 @@ class Pivot {
   // "a" and these, and no "b". Callers keep to one byte, three or five.
   bool encodeBlock() {
     const bool isLast = m_in == m_end;
-    const bool hasHalfUnit = isLast && m_isOdd;
+    const bool hasHalfUnit = isLast && m_isOdd && m_pivot.getSize() != 0;
     const unsigned int length = m_pivot.getSize() - (hasHalfUnit ? 1 : 0);
     if (hasHalfUnit && !To::takesHalfUnits) m_isWhole = false;
     if (length == 0) return true;

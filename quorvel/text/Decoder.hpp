@@ -110,8 +110,8 @@ class Encoder {
   /// when there is nothing of the kind.
   virtual unsigned char* encodeLookalike(char32_t, unsigned char*) { return nullptr; }
 
-  /// Writes what is held back of the last character, and what nothing may stand in
-  /// front of, so that bytes of any meaning may follow.
+  /// Writes what leads back to the state of the beginning, so that bytes of any meaning
+  /// may stand behind it.
   virtual unsigned char* interrupt(unsigned char* out) { return out; }
 
   /// Writes what brings the text to its end.

@@ -115,7 +115,13 @@ Step Transcoder::Engine::run(std::string_view piece, bool isLast, std::span<char
   Source source(piece, isLast, m_memory);
   m_source = &source;
   m_outlet.open(room);
-  const Pause pause = convertWindows(source);
+  Pause pause = Pause::stopped;
+  try {
+    pause = convertWindows(source);
+  } catch (...) {
+    m_report.bytesWritten += room.size() - m_outlet.room();
+    throw;
+  }
   const std::size_t written = room.size() - m_outlet.room();
   m_report.bytesWritten += written;
   if (!m_report.stopped) m_report.bytesRead = m_memory.offset + m_memory.numCarried;
@@ -344,7 +350,7 @@ Transcoder::Engine::Pause Transcoder::Engine::loseCharacter(const Window& window
   const unsigned int ownLength = decoder().lastLength();
   const unsigned int length =
       ownLength != 0 ? ownLength : static_cast<unsigned int>(next.in - place.in);
-  Loss loss = lossAt(window, next.in - length, length);
+  Loss loss = lossAt(window, next.in - window.begin - std::ptrdiff_t{length}, length);
   loss.character = readCharacter(place.unit, next.unit).character;
 
   unsigned char lookalike[Encoder::mostBytes];
@@ -368,8 +374,8 @@ Transcoder::Engine::Advance Transcoder::Engine::loseBytes(const Window& window,
                                                           const Decoded& decoded) {
   const Decoded lost = withPreservedForm(window, decoded);
   if (lost.why == DecoderStop::cutOff) return {lost.in, Pause::input};
-  const unsigned char* begin = lost.in - lost.back;
-  const Loss loss = lossAt(window, begin, lost.length);
+  const std::ptrdiff_t at = lost.in - window.begin - std::ptrdiff_t{lost.back};
+  const Loss loss = lossAt(window, at, lost.length);
   const Pause pause = lose(loss, ask(loss).value_or(m_options.malformed));
   if (pause == Pause::stopped) return {lost.in, pause};
   // What reaches back may begin in front of the window, of which there may be none.
@@ -405,25 +411,30 @@ Transcoder::Engine::Pause Transcoder::Engine::lose(const Loss& loss, Action acti
   return Pause::again;
 }
 
-// If the handler throws, the conversion has stopped at the loss.
+// If the handler throws, the conversion has stopped at the loss, which counts.
 std::optional<Action> Transcoder::Engine::ask(const Loss& loss) {
   if (!m_options.onLoss) return std::nullopt;
-  m_report.stopped = true;
-  m_report.bytesRead = loss.offset;
-  const std::optional<Action> answer = m_options.onLoss(loss);
-  m_report.stopped = false;
-  return answer;
+  try {
+    return m_options.onLoss(loss);
+  } catch (...) {
+    count(loss);
+    m_report.stopped = true;
+    m_report.bytesRead = loss.offset;
+    throw;
+  }
 }
 
-Loss Transcoder::Engine::lossAt(const Window& window, const unsigned char* in,
+// `at` is the distance from the beginning of the window, in front of which a loss may
+// begin that the piece before has used the first bytes of.
+Loss Transcoder::Engine::lossAt(const Window& window, std::ptrdiff_t at,
                                 unsigned int length) const {
   Loss loss;
-  loss.offset = window.offset + static_cast<std::uint64_t>(in - window.begin);
+  loss.offset = window.offset + static_cast<std::uint64_t>(at);
   loss.length = std::min(length, static_cast<unsigned int>(Loss::mostBytes));
   for (unsigned int i = 0; i < loss.length; ++i) {
-    // Its beginning may have been used with the piece before.
-    const std::ptrdiff_t before = window.begin - (in + i);
-    loss.storage[i] = before > 0 ? m_source->byteBefore(static_cast<std::size_t>(before)) : in[i];
+    const std::ptrdiff_t before = -(at + static_cast<std::ptrdiff_t>(i));
+    loss.storage[i] = before > 0 ? m_source->byteBefore(static_cast<std::size_t>(before))
+                                 : window.begin[at + static_cast<std::ptrdiff_t>(i)];
   }
   return loss;
 }

@@ -98,7 +98,7 @@ class Transcoder::Engine {
   Decoded withPreservedForm(const Window& window, Decoded decoded) const;
   Pause lose(const Loss& loss, Action action);
   std::optional<Action> ask(const Loss& loss);
-  Loss lossAt(const Window& window, const unsigned char* in, unsigned int length) const;
+  Loss lossAt(const Window& window, std::ptrdiff_t at, unsigned int length) const;
   void count(const Loss& loss);
 
   Encoding m_from;

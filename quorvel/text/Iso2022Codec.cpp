@@ -282,6 +282,8 @@ class JapaneseEncoder : public Encoder {
     return out;
   }
 
+  unsigned char* interrupt(unsigned char* out) override { return use(Set::ascii, out); }
+
   unsigned char* finish(unsigned char* out) override { return use(Set::ascii, out); }
 
  private:
@@ -398,7 +400,7 @@ class KoreanEncoder : public Encoder {
   }
 
   // Nothing may stand in front of the header.
-  unsigned char* interrupt(unsigned char* out) override { return use(m_state & shifted, out); }
+  unsigned char* interrupt(unsigned char* out) override { return use(0, out); }
 
   unsigned char* finish(unsigned char* out) override {
     return m_state == initialState ? out : use(0, out);

@@ -29,7 +29,9 @@ enum class Action {
   /// back: in UTF-16 and UTF-32 as the lone surrogates DC80 to DCFF, in UTF-8 as
   /// their three-byte form, neither of which is well-formed. Of bytes below 80 the
   /// character of that value is written. For malformed bytes alone, and where at
-  /// least one side is one of these.
+  /// least one side is one of these. Between two of these what was a byte stays a lone
+  /// surrogate. Only `Options::malformed` makes one loss of a three-byte form; a handler
+  /// that chooses this sees three.
   preserve,
 };
 

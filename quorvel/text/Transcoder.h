@@ -53,7 +53,7 @@ class QUORVEL_API Transcoder {
   Step push(std::string_view piece, std::span<char> room);
 
   /// As `push` without a piece, for the end of the text: writes what is left. Called
-  /// until it wants nothing more.
+  /// until it wants nothing more; what is pushed after that is not taken, until `reset`.
   Step finish(std::span<char> room);
 
   /// The same, appending to `out`. False when it has stopped at a loss.

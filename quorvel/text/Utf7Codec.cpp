@@ -243,12 +243,7 @@ class Utf7Encoder : public Encoder {
     return out;
   }
 
-  unsigned char* interrupt(unsigned char* out) override {
-    kernel::Utf7Writing run = unpacked(m_state);
-    out = utf7::endRun(run, out);
-    m_state = packed(run);
-    return out;
-  }
+  unsigned char* interrupt(unsigned char* out) override { return finish(out); }
 
   unsigned char* finish(unsigned char* out) override {
     kernel::Utf7Writing run = unpacked(m_state);

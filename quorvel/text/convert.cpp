@@ -29,8 +29,7 @@ Report runWhole(Encoding from, Encoding to, std::string_view text, const Options
     return transcoder->report();
   }
   std::string logical(text);
-  reorderMacArabic(reinterpret_cast<unsigned char*>(logical.data()),
-                   static_cast<unsigned int>(logical.size()));
+  reorderMacArabic(reinterpret_cast<unsigned char*>(logical.data()), logical.size());
   run(*transcoder, logical);
   return transcoder->report();
 }
@@ -79,7 +78,8 @@ Report check(Encoding from, Encoding to, std::string_view text, const Options& o
   });
 }
 
-std::uint64_t mostBytes(Encoding, Encoding to, std::uint64_t numBytes, const Options& options) {
+std::uint64_t mostBytes(Encoding from, Encoding to, std::uint64_t numBytes,
+                        const Options& options) {
   if (options.onLoss) return unknown;
   const bool mayReconvert =
       options.malformed == Action::reconvert || options.unmappable == Action::reconvert;
@@ -92,6 +92,8 @@ std::uint64_t mostBytes(Encoding, Encoding to, std::uint64_t numBytes, const Opt
   if (maySubstitute && options.substitute) {
     characters = std::max<std::uint64_t>(characters, options.substitute->size());
   }
+  // Where losses share bytes each is written anew.
+  if (options.malformed == Action::preserve && from.keepsState()) characters = 2;
   constexpr std::uint64_t longestEscape = 10;  // \U0001F600 and &#x10FFFF;
   if (mayEscape) characters = std::max(characters, longestEscape);
   if (mayReconvert) characters = std::max<std::uint64_t>(characters, Encoder::mostBytes);

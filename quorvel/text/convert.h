@@ -41,8 +41,9 @@ QUORVEL_API Report check(Encoding from, Encoding to, std::string_view text,
 QUORVEL_API std::uint64_t mostBytes(Encoding from, Encoding to, std::uint64_t numBytes,
                                     const Options& options = {});
 
-/// Frees the process-wide tables that nothing holds any more; they are built again on
-/// demand. May run at any time, also while other threads convert with this layer.
+/// Frees the process-wide tables, those of `EncodingConvert` too; they are built again on
+/// demand. May run while other threads convert with this layer, which keeps what it holds,
+/// but not while an `EncodingConvert` converts.
 QUORVEL_API void releaseTables();
 
 }  // namespace quorvel::text

@@ -125,9 +125,10 @@ class Encoder {
   bool hasBestFit(char32_t value) const { return bestFit(value).has_value(); }
   void putBestFit(char32_t value) { putCode(bestFit(value)); }
 
-  /// Bytes as they are, whatever they mean in the destination.
+  /// Bytes as they are, whatever they mean in the destination, whose state is that of
+  /// the beginning around them.
   void putRaw(std::string_view bytes) {
-    closeRun(std::nullopt);
+    finish();
     m_text += bytes;
   }
 
