@@ -21,6 +21,10 @@ struct BytesToUnits {
   unsigned char highs[256];
   bool hasAsciiBelow80;  ///< 01 to 7F are U+0001 to U+007F
   bool hasUnitsFrom100;  ///< some are U+0100 or above
+
+  /// The byte of the one unit that is, where it is one, as in EBCDIC with the euro
+  /// sign; else 0.
+  unsigned char byteFrom100;
 };
 
 /// How multibyte text is decoded. A text touches the rows of its own lead bytes.

@@ -141,6 +141,7 @@ void addList(const PackedList& list, UnitCodes& codes) {
 
 void layFlat(const unsigned short* units, bool isLowerAscii, kernel::BytesToUnits& flat) {
   flat.hasAsciiBelow80 = true;
+  unsigned int countFrom100 = 0;
   for (unsigned int byte = 1; byte < std::size(flat.units); ++byte) {
     const bool isAscii = isLowerAscii && byte < 0x80;
     const auto unit = isAscii ? static_cast<unsigned short>(byte) : units[byte];
@@ -148,8 +149,10 @@ void layFlat(const unsigned short* units, bool isLowerAscii, kernel::BytesToUnit
     flat.lows[byte] = static_cast<unsigned char>(unit);
     flat.highs[byte] = static_cast<unsigned char>(unit >> 8);
     if (byte < 0x80 && unit != byte) flat.hasAsciiBelow80 = false;
-    if (unit >= 0x100) flat.hasUnitsFrom100 = true;
+    if (unit < 0x100) continue;
+    flat.byteFrom100 = countFrom100++ == 0 ? static_cast<unsigned char>(byte) : 0;
   }
+  flat.hasUnitsFrom100 = countFrom100 != 0;
 }
 
 void enterPair(unsigned int code, unsigned int unit, kernel::PairsToUnits& flat) {
