@@ -104,9 +104,9 @@ struct Loops {
   // --- ISO-2022 (Iso2022State.hpp, Jis.hpp) -----------------------------------
 
   /// As much room as input. Takes SO and SI, the designations of ASCII, JIS-Roman,
-  /// both editions of the kanji set and katakana, ASCII, katakana, and kanji
-  /// outside rows 89 to 92; any byte in ASCII. Stops at other escapes and at what
-  /// the set in use has no character for.
+  /// both editions of the kanji set and katakana, ASCII, katakana, kanji outside rows
+  /// 89 to 92, and in all sets controls, but line ends in ASCII only. Stops at other
+  /// escapes, at bytes above 7F and at what the set in use has no character for.
   StatefulLoop<Iso2022JpReading>& iso2022JpToShiftJis;
 
   /// Four bytes of room for each input byte. Takes ASCII but SO, SI and escapes,
@@ -114,8 +114,9 @@ struct Loops {
   StatefulLoop<JapaneseSet>& shiftJisToIso2022Jp;
 
   /// As much room as input; the state is whether SO is in force. Takes SO and SI,
-  /// the announcement of the set, ASCII, pairs, and any byte above 7F where no SO
-  /// is in force. Stops at other escapes and where half a pair stands alone.
+  /// the announcement of the set, ASCII, pairs, and in both sets controls, but line ends
+  /// in ASCII only. Stops at other escapes, at bytes above 7F and where half a pair stands
+  /// alone.
   StatefulLoop<bool>& iso2022KrToKsc;
 
   /// Two bytes of room for each input byte. Takes ASCII but SO, SI and escapes,

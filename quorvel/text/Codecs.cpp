@@ -41,6 +41,9 @@ bool isTransformation(Encoding encoding) {
   return isWide(encoding) || encoding.number() == codePageUtf8;
 }
 
+// The loop to UTF-7 takes any unit.
+bool stopsAtLoneSurrogates(Encoding encoding) { return encoding.number() != codePageUtf7; }
+
 std::unique_ptr<Decoder> makeDecoder(Encoding encoding) {
   const int number = encoding.number();
   switch (encoding.kind()) {

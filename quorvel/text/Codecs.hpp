@@ -25,6 +25,10 @@ struct DirectLoop {
 /// the target in use: not to be kept.
 DirectLoop directLoop(Encoding from, Encoding to);
 
+/// Whether the encoder stops in front of what is no character, so that it may be given
+/// UTF-16LE that nobody has looked at.
+bool stopsAtLoneSurrogates(Encoding encoding);
+
 /// UTF-8, UTF-16 or UTF-32.
 bool isTransformation(Encoding encoding);
 

@@ -91,7 +91,7 @@ Transcoder::Engine::Side Transcoder::Engine::sideFor(Encoding encoding) const {
     if (!encoding.keepsState()) way = Way::copy;
   } else if (m_to == Encoding::utf16le()) {
     way = Way::decodeOnly;
-  } else if (encoding == Encoding::utf16le() && !m_to.keepsState()) {
+  } else if (encoding == Encoding::utf16le() && stopsAtLoneSurrogates(m_to)) {
     way = Way::encodeOnly;
   } else if (directLoop(encoding, m_to).loop) {
     way = Way::direct;

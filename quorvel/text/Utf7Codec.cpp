@@ -9,7 +9,6 @@
 
 #include <bit>
 
-#include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Base64Digits.hpp"
 #include "quorvel/kernel/Target.hpp"
 #include "quorvel/kernel/Utf7Text.hpp"
@@ -40,21 +39,6 @@ struct Reading {
 };
 
 static_assert(sizeof(Reading) == sizeof(Decoder::State));
-
-// Whether all units are characters or whole pairs.
-bool areCharacters(const unsigned char* units, const unsigned char* end) {
-  while (units != end) {
-    if (end - units >= runLength &&
-        !hasZeroUnit((loadRun(units) & 0xF800 * inEachUnit) ^ 0xD800 * inEachUnit)) {
-      units += runLength;
-      continue;
-    }
-    const UnitsRead read = readCharacter(units, end);
-    if (!isScalarValue(read.character)) return false;
-    units += read.length;
-  }
-  return true;
-}
 
 class Utf7Decoder : public Decoder {
  public:
@@ -90,7 +74,10 @@ class Utf7Decoder : public Decoder {
     if (length < worthIt || m_now.hasHigh) return rest.in + 1;
     kernel::Utf7Reading run{m_now.isOpen, m_now.hasDigits, m_now.bits, m_now.bitCount};
     const Progress progress = kernel::loops().utf7ToUtf16(rest.in, rest.in + length, rest.out, run);
-    if (!areCharacters(rest.out, progress.out)) return progress.in;
+    // Its units may be halves of pairs, or not.
+    if (kernel::loops().utf16ToUtf16(rest.out, progress.out, rest.out).why != Stop::end) {
+      return progress.in;
+    }
     rest.in = progress.in;
     rest.out = progress.out;
     m_now.isOpen = run.isOpen;
