@@ -77,6 +77,10 @@ Match matchOf(const Row& row, const std::string& text, const std::string& target
   Match match{row, {text}, {}};
   match.entrants.push_back(
       {Library::quorvel, target, makeQuorvel(row.from->codePage, row.to->codePage, target, ours)});
+  if (auto layer = makeText(row.from->codePage, row.to->codePage, TextWay::string, target,
+                            text.size(), ours)) {
+    match.entrants.push_back({Library::text, nameOf(TextWay::string), std::move(layer)});
+  }
   const std::string iconvFrom = wordsOf(row.from->iconvNames).front();
   const std::string iconvTo = wordsOf(row.to->iconvNames).front();
   match.entrants.push_back(
@@ -114,7 +118,10 @@ std::string measureRow(const Row& row, const std::string& text, unsigned int per
                    row.language->name, std::to_string(percentage), std::to_string(action.number),
                    megabytes(result.best().speed), megabytes(result.glibc.speed),
                    megabytes(result.icu.speed), asRatio(result.best().overIcu),
-                   asRatio(result.best().overGlibc), asRatio(result.best().overFaster())});
+                   asRatio(result.best().overGlibc), asRatio(result.best().overFaster()),
+                   result.text.empty() ? "-" : megabytes(result.text.front().speed),
+                   result.text.empty() ? "-" : asRatio(result.text.front().overFaster()),
+                   result.text.empty() ? "-" : asRatio(result.text.front().overConverter)});
 }
 
 }  // namespace
@@ -138,7 +145,8 @@ Outcome measureErrors(const Options& options) {
   }
   if (outcome.markdown.empty()) return {};
   outcome.markdown = tableHead({"from", "to", "text", "wrong %", "action", "Quorvel MB/s",
-                                "glibc MB/s", "ICU MB/s", "x ICU", "x glibc", "x faster"},
+                                "glibc MB/s", "ICU MB/s", "x ICU", "x glibc", "x faster",
+                                "text MB/s", "text x faster", "text x Quorvel"},
                                3) +
                      outcome.markdown;
   return outcome;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 #include "Timing.h"
 
@@ -41,6 +42,8 @@ bool haveChoice(const Entrants& entrants) {
   return numberOf(Library::glibc, entrants) > 1 || numberOf(Library::icu, entrants) > 1;
 }
 
+bool areOurs(Library library) { return library == Library::quorvel || library == Library::text; }
+
 // All of ours, and of each peer the fastest.
 Entrants finalists(const Match& match) {
   Entrants all;
@@ -51,7 +54,7 @@ Entrants finalists(const Match& match) {
   double fastest = 0;
   for (std::size_t i = 0; i < all.size(); ++i) {
     const double seconds = secondsOf(times, i);
-    const bool isOurs = all[i]->library == Library::quorvel;
+    const bool isOurs = areOurs(all[i]->library);
     const bool isFirst = isOurs || chosen.back()->library != all[i]->library;
     if (!isFirst && seconds >= fastest) continue;
     if (!isFirst) chosen.pop_back();
@@ -71,26 +74,29 @@ Result measure(const Match& match, int repetitions) {
   const auto speed = [&](std::size_t i) {
     return static_cast<double>(match.numBytes()) / secondsOf(times, i);
   };
-  constexpr double infinity = std::numeric_limits<double>::infinity();
-  Result result{match.row, match.numBytes(), {}, {}, {}};
-  for (std::size_t i = 0; i < entrants.size(); ++i) {
-    switch (entrants[i]->library) {
-      case Library::quorvel:
-        result.ours.push_back({entrants[i]->way, speed(i), infinity, infinity});
-        break;
-      case Library::glibc:
-        result.glibc = {entrants[i]->way, speed(i)};
-        for (std::size_t k = 0; k < result.ours.size(); ++k) {
-          result.ours[k].overGlibc = ratioOf(times, i, k);
-        }
-        break;
-      case Library::icu:
-        result.icu = {entrants[i]->way, speed(i)};
-        for (std::size_t k = 0; k < result.ours.size(); ++k) {
-          result.ours[k].overIcu = ratioOf(times, i, k);
-        }
-        break;
+  // The last of ours has the best kernels.
+  const auto lastOf = [&](Library library) {
+    std::optional<std::size_t> last;
+    for (std::size_t i = 0; i < entrants.size(); ++i) {
+      if (entrants[i]->library == library) last = i;
     }
+    return last;
+  };
+  const auto ratio = [&](std::optional<std::size_t> other, std::size_t i) {
+    return other ? ratioOf(times, *other, i) : std::numeric_limits<double>::infinity();
+  };
+  const std::optional<std::size_t> converter = lastOf(Library::quorvel);
+  const std::optional<std::size_t> glibc = lastOf(Library::glibc);
+  const std::optional<std::size_t> icu = lastOf(Library::icu);
+
+  Result result{match.row, match.numBytes(), {}, {}, {}, {}};
+  if (glibc) result.glibc = {entrants[*glibc]->way, speed(*glibc)};
+  if (icu) result.icu = {entrants[*icu]->way, speed(*icu)};
+  for (std::size_t i = 0; i < entrants.size(); ++i) {
+    if (!areOurs(entrants[i]->library)) continue;
+    auto& figures = entrants[i]->library == Library::text ? result.text : result.ours;
+    figures.push_back(
+        {entrants[i]->way, speed(i), ratio(converter, i), ratio(glibc, i), ratio(icu, i)});
   }
   return result;
 }

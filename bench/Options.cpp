@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "Contender.h"
+#include "Targets.h"
 
 namespace quorvel::bench {
 
@@ -28,11 +28,12 @@ std::string runnableTarget(const std::string& name) {
 }
 
 void beQuick(Options& options) {
-  options.tables = "speed";
+  options.tables = "speed|text";
   options.bytes = 256u << 10;
   options.repetitions = 3;
   options.seconds = 0.004;
   options.atLeast = 1;
+  options.textAtLeast = 0.5;
 }
 
 void setOption(std::string_view name, const std::string& value, Options& options) {
@@ -48,6 +49,8 @@ void setOption(std::string_view name, const std::string& value, Options& options
     options.seconds = std::stod(value);
   } else if (name == "--at-least") {
     options.atLeast = std::stod(value);
+  } else if (name == "--text-at-least") {
+    options.textAtLeast = std::stod(value);
   } else if (name == "--target") {
     options.targets = {runnableTarget(value)};
   } else if (name == "--first-use") {
