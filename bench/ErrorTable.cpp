@@ -146,7 +146,7 @@ Outcome measureErrors(const Options& options) {
   if (outcome.markdown.empty()) return {};
   outcome.markdown = tableHead({"from", "to", "text", "wrong %", "action", "Quorvel MB/s",
                                 "glibc MB/s", "ICU MB/s", "x ICU", "x glibc", "x faster",
-                                "text MB/s", "text x faster", "text x Quorvel"},
+                                "layer MB/s", "layer x faster", "layer x EncConvert"},
                                3) +
                      outcome.markdown;
   return outcome;

@@ -13,9 +13,10 @@ namespace quorvel::bench {
 /// that misses a limit is measured once more.
 const std::vector<Result>& measureLongTexts(const Options& options);
 
-/// Whether a figure of ours keeps to the limits.
-bool isFastEnough(const OurFigure& converter, const Options& options);
-bool isFastEnoughText(const OurFigure& text, const Options& options);
+/// Whether `EncodingConvert` and quorvel/text keep to their limits. There are none for
+/// `TextWay::convert`, which alone makes room anew for each text.
+bool isFastEnough(const Result& result, const Options& options);
+bool isTextFastEnough(const Result& result, const Options& options);
 
 std::string megabytes(double speed);
 

@@ -64,41 +64,65 @@ Entrants finalists(const Match& match) {
   return chosen;
 }
 
+// Who took part, and how long everybody took.
+class Race {
+ public:
+  Race(const Match& match, int repetitions)
+      : m_numBytes(match.numBytes()),
+        m_entrants(finalists(match)),
+        m_times(timesOf(m_entrants, match.texts, repetitions)) {}
+
+  Figure figureOf(Library peer) const {
+    const std::optional<std::size_t> i = lastOf(peer);
+    return i ? Figure{m_entrants[*i]->way, speed(*i)} : Figure{};
+  }
+
+  std::vector<OurFigure> figuresOf(Library ours) const {
+    std::vector<OurFigure> figures;
+    for (std::size_t i = 0; i < m_entrants.size(); ++i) {
+      if (m_entrants[i]->library != ours) continue;
+      figures.push_back({m_entrants[i]->way, speed(i), ratio(Library::quorvel, i),
+                         ratio(Library::glibc, i), ratio(Library::icu, i)});
+    }
+    return figures;
+  }
+
+ private:
+  double speed(std::size_t i) const {
+    return static_cast<double>(m_numBytes) / secondsOf(m_times, i);
+  }
+
+  double ratio(Library other, std::size_t i) const {
+    const std::optional<std::size_t> last = lastOf(other);
+    return last ? ratioOf(m_times, *last, i) : std::numeric_limits<double>::infinity();
+  }
+
+  // The only one of a peer, the best target of ours.
+  std::optional<std::size_t> lastOf(Library library) const {
+    std::optional<std::size_t> last;
+    for (std::size_t i = 0; i < m_entrants.size(); ++i) {
+      if (m_entrants[i]->library == library) last = i;
+    }
+    return last;
+  }
+
+  std::size_t m_numBytes;
+  Entrants m_entrants;
+  Times m_times;
+};
+
 }  // namespace
 
 double OurFigure::overFaster() const { return std::min(overGlibc, overIcu); }
 
 Result measure(const Match& match, int repetitions) {
-  const Entrants entrants = finalists(match);
-  const Times times = timesOf(entrants, match.texts, repetitions);
-  const auto speed = [&](std::size_t i) {
-    return static_cast<double>(match.numBytes()) / secondsOf(times, i);
-  };
-  // The last of ours has the best kernels.
-  const auto lastOf = [&](Library library) {
-    std::optional<std::size_t> last;
-    for (std::size_t i = 0; i < entrants.size(); ++i) {
-      if (entrants[i]->library == library) last = i;
-    }
-    return last;
-  };
-  const auto ratio = [&](std::optional<std::size_t> other, std::size_t i) {
-    return other ? ratioOf(times, *other, i) : std::numeric_limits<double>::infinity();
-  };
-  const std::optional<std::size_t> converter = lastOf(Library::quorvel);
-  const std::optional<std::size_t> glibc = lastOf(Library::glibc);
-  const std::optional<std::size_t> icu = lastOf(Library::icu);
-
-  Result result{match.row, match.numBytes(), {}, {}, {}, {}};
-  if (glibc) result.glibc = {entrants[*glibc]->way, speed(*glibc)};
-  if (icu) result.icu = {entrants[*icu]->way, speed(*icu)};
-  for (std::size_t i = 0; i < entrants.size(); ++i) {
-    if (!areOurs(entrants[i]->library)) continue;
-    auto& figures = entrants[i]->library == Library::text ? result.text : result.ours;
-    figures.push_back(
-        {entrants[i]->way, speed(i), ratio(converter, i), ratio(glibc, i), ratio(icu, i)});
-  }
-  return result;
+  const Race race(match, repetitions);
+  return {match.row,
+          match.numBytes(),
+          race.figuresOf(Library::quorvel),
+          race.figuresOf(Library::text),
+          race.figureOf(Library::glibc),
+          race.figureOf(Library::icu)};
 }
 
 }  // namespace quorvel::bench

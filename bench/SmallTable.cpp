@@ -1,4 +1,5 @@
-// Many small texts, each converted by a call of its own.
+// Many small texts, each converted by a call of its own; quorvel/text also takes them as
+// pieces of one text.
 
 #include <algorithm>
 #include <iostream>
@@ -44,15 +45,15 @@ std::string measureRow(const Row& row, std::size_t size, const Options& options)
     return speed > 0 ? nanoseconds(speed, match.numBytes(), match.texts.size()) : "-";
   };
   const OurFigure& plain = result.ours.front();
-  const OurFigure& text = result.text.front();
+  const OurFigure& layer = result.text.front();
   const OurFigure& piece = result.text.back();
   return tableRow({std::to_string(row.from->codePage), std::to_string(row.to->codePage),
                    row.language->name, std::to_string(size), each(result.best().speed),
                    each(plain.speed), each(result.glibc.speed), each(result.icu.speed),
                    asRatio(result.best().overIcu), asRatio(result.best().overGlibc),
                    asRatio(result.best().overFaster()), asRatio(plain.overFaster()),
-                   each(text.speed), each(piece.speed), asRatio(text.overConverter),
-                   asRatio(piece.overConverter), asRatio(text.overFaster())});
+                   each(layer.speed), each(piece.speed), asRatio(layer.overConverter),
+                   asRatio(piece.overConverter), asRatio(layer.overFaster())});
 }
 
 }  // namespace
@@ -73,8 +74,8 @@ Outcome measureSmall(const Options& options) {
   if (outcome.markdown.empty()) return {};
   outcome.markdown =
       tableHead({"from", "to", "text", "bytes", "Quorvel ns", plainest + " ns", "glibc ns",
-                 "ICU ns", "x ICU", "x glibc", "x faster", plainest + " x faster", "text ns",
-                 "piece ns", "text x Quorvel", "piece x Quorvel", "text x faster"},
+                 "ICU ns", "x ICU", "x glibc", "x faster", plainest + " x faster", "layer ns",
+                 "piece ns", "layer x EncConvert", "piece x EncConvert", "layer x faster"},
                 3) +
       outcome.markdown;
   return outcome;

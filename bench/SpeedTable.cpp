@@ -16,7 +16,7 @@ namespace {
 bool reachGoal(const std::vector<Result>& results, const Options& options) {
   bool all = true;
   for (const Result& result : results) {
-    if (isFastEnough(result.best(), options)) continue;
+    if (isFastEnough(result, options)) continue;
     std::cerr << "too slow: " << asProgress(result) << "\n";
     all = false;
   }
