@@ -113,15 +113,25 @@ std::string measureRow(const Row& row, const std::string& text, unsigned int per
                        const Action& action, const Options& options) {
   const Match match = matchOf(row, text, options.targets.back(), action.ours, action.peers);
   const Result result = measure(match, std::min(options.repetitions, mostRepetitions));
-  const auto megabytes = [](double speed) { return format("%.0f", speed / 1e6); };
-  return tableRow({std::to_string(row.from->codePage), std::to_string(row.to->codePage),
-                   row.language->name, std::to_string(percentage), std::to_string(action.number),
-                   megabytes(result.best().speed), megabytes(result.glibc.speed),
-                   megabytes(result.icu.speed), asRatio(result.best().overIcu),
-                   asRatio(result.best().overGlibc), asRatio(result.best().overFaster()),
-                   result.text.empty() ? "-" : megabytes(result.text.front().speed),
-                   result.text.empty() ? "-" : asRatio(result.text.front().overFaster()),
-                   result.text.empty() ? "-" : asRatio(result.text.front().overConverter)});
+  std::vector<std::string> cells = {std::to_string(row.from->codePage),
+                                    std::to_string(row.to->codePage),
+                                    row.language->name,
+                                    std::to_string(percentage),
+                                    std::to_string(action.number),
+                                    megabytes(result.best().speed),
+                                    megabytes(result.glibc.speed),
+                                    megabytes(result.icu.speed),
+                                    asRatio(result.best().overIcu),
+                                    asRatio(result.best().overGlibc),
+                                    asRatio(result.best().overFaster())};
+  if (result.text.empty()) {
+    cells.insert(cells.end(), {"-", "-", "-"});
+  } else {
+    const OurFigure& layer = result.text.front();
+    cells.insert(cells.end(), {megabytes(layer.speed), asRatio(layer.overConverter),
+                               asRatio(layer.overFaster())});
+  }
+  return tableRow(cells);
 }
 
 }  // namespace
@@ -146,7 +156,7 @@ Outcome measureErrors(const Options& options) {
   if (outcome.markdown.empty()) return {};
   outcome.markdown = tableHead({"from", "to", "text", "wrong %", "action", "Quorvel MB/s",
                                 "glibc MB/s", "ICU MB/s", "x ICU", "x glibc", "x faster",
-                                "layer MB/s", "layer x faster", "layer x EncConvert"},
+                                "layer MB/s", "layer x EncConvert", "layer x faster"},
                                3) +
                      outcome.markdown;
   return outcome;

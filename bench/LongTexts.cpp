@@ -58,8 +58,6 @@ bool isTextFastEnough(const Result& result, const Options& options) {
   });
 }
 
-std::string megabytes(double speed) { return speed > 0 ? format("%.0f", speed / 1e6) : "-"; }
-
 std::string asProgress(const Result& result) {
   std::string text = format("%-38s", result.row.name().c_str());
   for (const OurFigure& figure : result.ours) {

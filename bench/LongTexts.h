@@ -18,8 +18,6 @@ const std::vector<Result>& measureLongTexts(const Options& options);
 bool isFastEnough(const Result& result, const Options& options);
 bool isTextFastEnough(const Result& result, const Options& options);
 
-std::string megabytes(double speed);
-
 /// A row with all its figures, on one line.
 std::string asProgress(const Result& result);
 
