@@ -68,6 +68,14 @@ struct Loops {
   /// too, and it stops in front of every lone surrogate.
   Loop& utf16ToUtf8Strictly;
 
+  /// As much room as input, which it may be. Takes characters, and stops in front of
+  /// every surrogate that is no half of a pair.
+  Loop& utf16ToUtf16;
+
+  /// The same into the other byte order and out of it, elsewhere than the input.
+  Loop& utf16ToUtf16Be;
+  Loop& utf16BeToUtf16;
+
   /// As `utf8ToUtf16`, with four bytes of room for each input byte.
   Loop& utf8ToUtf32;
 
@@ -130,6 +138,9 @@ Loop utf8ToUtf16;
 Loop utf16ToUtf8;
 Loop utf16ToUtf8WithoutPairs;
 Loop utf16ToUtf8Strictly;
+Loop utf16ToUtf16;
+Loop utf16ToUtf16Be;
+Loop utf16BeToUtf16;
 Loop utf8ToUtf32;
 Loop utf32ToUtf8;
 TableLoop<BytesToUnits> bytesToUnits;
@@ -156,6 +167,9 @@ Loop utf8ToUtf16;
 Loop utf16ToUtf8;
 Loop utf16ToUtf8WithoutPairs;
 Loop utf16ToUtf8Strictly;
+Loop utf16ToUtf16;
+Loop utf16ToUtf16Be;
+Loop utf16BeToUtf16;
 Loop utf8ToUtf32;
 Loop utf32ToUtf8;
 TableLoop<BytesToUnits> bytesToUnits;

@@ -93,6 +93,8 @@ Transcoder::Engine::Side Transcoder::Engine::sideFor(Encoding encoding) const {
     way = Way::decodeOnly;
   } else if (encoding == Encoding::utf16le() && !m_to.keepsState()) {
     way = Way::encodeOnly;
+  } else if (directLoop(encoding, m_to).loop) {
+    way = Way::direct;
   }
   return {encoding, makeDecoder(encoding), way};
 }
@@ -138,6 +140,7 @@ Transcoder::Engine::Pause Transcoder::Engine::convertWindows(Source& source) {
     if (m_report.stopped) return Pause::stopped;
     if (m_isFinished) return Pause::input;
     const Window window = source.window();
+    if (window.begin != window.end && m_outlet.room() == 0) return Pause::room;
     const Advance advanced = convertWindow(window);
     source.use(window, advanced.in, advanced.why == Pause::input);
     // What waits may still be written, in front of a stop too.
@@ -202,10 +205,12 @@ Transcoder::Engine::Advance Transcoder::Engine::advance(const Window& window) {
       return encodeFromWindow(window);
     case Way::copy:
       return copyDecoded(window);
+    case Way::direct:
+      return convertDirectly(window);
     case Way::pivot:
       break;
   }
-  return decodeAndEncode(window);
+  return decodeAndEncode(window, partToDecode(window));
 }
 
 // --- The four ways -----------------------------------------------------------
@@ -262,10 +267,24 @@ Transcoder::Engine::Advance Transcoder::Engine::copyDecoded(const Window& window
   return afterDecoding(window, part, decoded);
 }
 
-Transcoder::Engine::Advance Transcoder::Engine::decodeAndEncode(const Window& window) {
-  // For little room a small part will do: what does not fit is decoded again.
-  constexpr std::size_t fewest = 64;
-  const Window part = firstOf(window, std::min(std::max(m_outlet.room(), fewest), bytesPerBlock));
+// What the loop does not take goes the long way, a few characters at a time.
+Transcoder::Engine::Advance Transcoder::Engine::convertDirectly(const Window& window) {
+  const DirectLoop direct = directLoop(m_sides[m_side].encoding, m_to);
+  const auto fits = static_cast<std::ptrdiff_t>(m_outlet.room()) / direct.mostPerByte;
+  const unsigned char* stop = window.begin + std::min(window.end - window.begin, fits);
+  const Progress progress = direct.loop(window.begin, stop, m_outlet.out);
+  m_outlet.out = progress.out;
+  if (progress.in == window.begin) return decodeAndEncode(window, firstOf(window, fewestToDecode));
+  return {progress.in, progress.in == window.end ? Pause::input : Pause::again};
+}
+
+// For little room a small part will do: what does not fit is decoded again.
+Window Transcoder::Engine::partToDecode(const Window& window) const {
+  return firstOf(window, std::min(std::max(m_outlet.room(), fewestToDecode), bytesPerBlock));
+}
+
+Transcoder::Engine::Advance Transcoder::Engine::decodeAndEncode(const Window& window,
+                                                                const Window& part) {
   const Place start = here(window.begin);
   const Decoded decoded =
       decoder().decode({part.begin, part.end, part.isLast, m_block, std::end(m_block)});

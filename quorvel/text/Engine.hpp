@@ -28,9 +28,9 @@ namespace quorvel::text {
 /// place, with room for just as many units. That costs nothing while nothing is lost,
 /// and needs no table of places.
 ///
-/// Three shorter ways leave a step out: the decoder writes into the room itself, the
-/// encoder reads the window itself, or, between equal encodings, what has been
-/// decoded is copied.
+/// Four shorter ways leave steps out: the decoder writes into the room itself, the
+/// encoder reads the window itself, one loop does the work of both as far as the text is
+/// well-formed, or, between equal encodings, what has been decoded is copied.
 class Transcoder::Engine {
  public:
   Engine(Encoding from, Encoding to, Options options);
@@ -43,7 +43,7 @@ class Transcoder::Engine {
   Encoding to() const { return m_to; }
 
  private:
-  enum class Way { pivot, decodeOnly, encodeOnly, copy };
+  enum class Way { pivot, direct, decodeOnly, encodeOnly, copy };
 
   /// How a source is read: as it was named, or in the byte order of its mark.
   struct Side {
@@ -72,6 +72,7 @@ class Transcoder::Engine {
   };
 
   Side sideFor(Encoding encoding) const;
+  Window partToDecode(const Window& window) const;
   Decoder& decoder() { return *m_sides[m_side].decoder; }
 
   Pause convertWindows(Source& source);
@@ -83,7 +84,8 @@ class Transcoder::Engine {
   Advance decodeIntoRoom(const Window& window);
   Advance encodeFromWindow(const Window& window);
   Advance copyDecoded(const Window& window);
-  Advance decodeAndEncode(const Window& window);
+  Advance convertDirectly(const Window& window);
+  Advance decodeAndEncode(const Window& window, const Window& part);
   Advance encodeBlock(const Window& window, const Window& part, const Place& start,
                       const Decoded& decoded);
   Advance encodeNextInto(const Window& window, const Place& place);
@@ -116,6 +118,7 @@ class Transcoder::Engine {
   bool m_isMarkSettled = false;
   bool m_isFinished = false;
 
+  static constexpr std::size_t fewestToDecode = 64;
   static constexpr std::size_t bytesPerBlock = 8192;
   // A byte makes one unit at most.
   unsigned char m_block[2 * bytesPerBlock];
