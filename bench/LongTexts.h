@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Measure.h"
+#include "Options.h"
+
+namespace quorvel::bench {
+
+/// All that take part, on every row whose name matches `options.rows`, one long text
+/// each. Measured by the first call, for all the tables that show some of it; a row
+/// that misses a limit is measured once more.
+const std::vector<Result>& measureLongTexts(const Options& options);
+
+/// Whether `EncodingConvert` and quorvel/text keep to their limits. There are none for
+/// `TextWay::convert`, which alone makes room anew for each text.
+bool isFastEnough(const Result& result, const Options& options);
+bool isTextFastEnough(const Result& result, const Options& options);
+
+/// A row with all its figures, on one line.
+std::string asProgress(const Result& result);
+
+}  // namespace quorvel::bench
