@@ -6,17 +6,17 @@
 #include <string_view>
 
 #include "cli/Listing.h"
-#include "quorvel/names/CharsetNaming.h"
+#include "quorvel/text/Encoding.h"
 
 namespace qvconv {
 
 namespace {
 
-int codePageOf(const std::string& name, const char* option) {
+quorvel::text::Encoding encodingOf(const std::string& name, const char* option) {
   if (name.empty()) throw WrongUse(std::string(option) + " is missing: it names an encoding");
-  const int codePage = quorvel::CharsetNaming::GetCodePage(name.c_str());
-  if (codePage == 0) throw WrongUse("unknown encoding \"" + name + "\" (-l lists the known ones)");
-  return codePage;
+  const auto encoding = quorvel::text::Encoding::find(name);
+  if (!encoding) throw WrongUse("unknown encoding \"" + name + "\" (-l lists the known ones)");
+  return *encoding;
 }
 
 // The parser would take the next argument for the value of `--output=`, and so
@@ -38,8 +38,9 @@ Options readOptions(int argc, const char* const* argv) {
   Options options;
   bool list = false;
   CLI::App app("Converts text from one character encoding to another.", "qvconv");
-  app.add_option("-f,--from", options.from, "encoding of the input, a name or a code page number");
-  app.add_option("-t,--to", options.to, "encoding of the output, likewise");
+  app.add_option("-f,--from", options.rules.names.from,
+                 "encoding of the input, a name or a code page number");
+  app.add_option("-t,--to", options.rules.names.to, "encoding of the output, likewise");
   const CLI::Option* output =
       app.add_option("-o,--output", options.output, "write to this file, not to standard output");
   app.add_flag("-l,--list", list, "list the encodings: number, preferred name, title, other names");
@@ -66,8 +67,8 @@ Options readOptions(int argc, const char* const* argv) {
     options.information = listEncodings();
     return options;
   }
-  options.fromCodePage = codePageOf(options.from, "-f");
-  options.toCodePage = codePageOf(options.to, "-t");
+  options.rules.from = encodingOf(options.rules.names.from, "-f");
+  options.rules.to = encodingOf(options.rules.names.to, "-t");
   if (output->count() > 0 && options.output.empty()) {
     throw WrongUse("-o is missing: it names a file");
   }

@@ -4,15 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "cli/Conversion.h"
+
 namespace qvconv {
 
 /// What the command line asks for.
 struct Options {
   std::string information;         ///< a text to print instead of converting: help, version, list
-  std::string from;                ///< the source encoding as the user names it
-  std::string to;                  ///< the destination encoding likewise
-  int fromCodePage = 0;            ///< its number
-  int toCodePage = 0;              ///< its number
+  Rules rules;                     ///< what is converted, and how
   std::string output;              ///< where to write; empty for standard output
   std::vector<std::string> files;  ///< what to read, at least one; "-" for standard input
 };

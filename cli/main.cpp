@@ -1,52 +1,40 @@
 // qvconv: converts files from one character encoding to another.
 
-#include <cstdio>
 #include <exception>
 #include <string>
 
+#include "cli/Conversion.h"
 #include "cli/ExitStatus.h"
-#include "cli/Files.h"
+#include "cli/FileError.h"
+#include "cli/Messages.h"
 #include "cli/Options.h"
-#include "cli/Plan.h"
-#include "quorvel/base/OneLine.hpp"
+#include "cli/Output.h"
 
 namespace qvconv {
 
 namespace {
 
-// Where standard error is closed too, nobody is left to tell.
-void complain(const std::string& line) {
-  static_cast<void>(std::fprintf(stderr, "qvconv: %s\n", quorvel::oneLine(line).c_str()));
-}
-
-// Reads and converts one file, and complains unless all of it was converted.
-Outcome convertFile(const Options& options, const std::string& file,
-                    quorvel::DataBuffer& converted) try {
-  quorvel::DataBuffer text = readInput(file);
-  const Outcome outcome = convertText(options.fromCodePage, options.toCodePage, text, converted);
-  if (outcome != Outcome::all) {
-    complain(inputName(file) + (outcome == Outcome::some ? ": not all of it" : ": nothing of it") +
-             " could be converted from " + options.from + " to " + options.to);
-  }
-  return outcome;
-} catch (const FileError& error) {
-  complain(error.what());
-  return Outcome::none;
-}
-
 ExitStatus convertFiles(const Options& options) {
   Output output(options.output);
-  ExitStatus status = allConverted;
+  Conversion conversion(options.rules);
+  ExitStatus status = ExitStatus::allConverted;
   bool hasResult = false;
+  bool isDamaged = false;
   for (const std::string& file : options.files) {
-    quorvel::DataBuffer converted;
-    const Outcome outcome = convertFile(options, file, converted);
-    if (outcome != Outcome::all) status = notConverted;
-    if (outcome != Outcome::none) hasResult = true;
-    output.write(converted);
+    std::optional<Input> input;
+    try {
+      input.emplace(file);
+      const ExitStatus result = conversion.run(*input, output);
+      isDamaged |= result == ExitStatus::notConverted;
+      status = worse(status, result);
+      hasResult = true;
+    } catch (const InputError& error) {
+      complain(error.what());
+      isDamaged |= input && input->bytesRead() > 0;
+      status = worse(status, ExitStatus::notConverted);
+    }
   }
-  // Without a result there is nothing to put in the place of an old file.
-  if (hasResult) output.finish();
+  if (!output.replacesAFile() || (hasResult && !isDamaged)) output.finish();
   return status;
 }
 
@@ -56,25 +44,23 @@ ExitStatus run(int argc, const char* const* argv) {
   Output output("");
   output.write(options.information);
   output.finish();
-  return allConverted;
+  return ExitStatus::allConverted;
+}
+
+ExitStatus runAndComplain(int argc, const char* const* argv) try {
+  if (takeStandardDescriptors()) return run(argc, argv);
+  complain("standard input, output or error is closed and cannot be taken");
+  return ExitStatus::notConverted;
+} catch (const WrongUse& error) {
+  complain(error.what());
+  return ExitStatus::wrongUse;
+} catch (const std::exception& error) {
+  complain(error.what());
+  return ExitStatus::notConverted;
 }
 
 }  // namespace
 
 }  // namespace qvconv
 
-int main(int argc, char** argv) {
-  if (!qvconv::takeStandardDescriptors()) {
-    qvconv::complain("standard input, output or error is closed and cannot be taken");
-    return qvconv::notConverted;
-  }
-  try {
-    return qvconv::run(argc, argv);
-  } catch (const qvconv::WrongUse& error) {
-    qvconv::complain(error.what());
-    return qvconv::wrongUse;
-  } catch (const std::exception& error) {
-    qvconv::complain(error.what());
-    return qvconv::notConverted;
-  }
-}
+int main(int argc, char** argv) { return static_cast<int>(qvconv::runAndComplain(argc, argv)); }
