@@ -7,6 +7,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Input.h"
 #include "cli/Locator.h"
+#include "cli/Messages.h"
 #include "cli/Output.h"
 #include "cli/Sentences.h"
 #include "quorvel/text/Encoding.h"
@@ -21,9 +22,12 @@ struct Rules {
   quorvel::text::Encoding to = quorvel::text::Encoding::utf8();
   EncodingNames names;
   quorvel::text::Options options;
+  bool isQuiet = false;    ///< says nothing of what is lost as asked
+  bool isVerbose = false;  ///< says what was converted
 };
 
-/// Converts one file after another, in constant memory.
+/// Converts one file after another, in constant memory unless text in visual order is
+/// to be turned.
 class Conversion {
  public:
   /// The options are not refused between these encodings.
@@ -31,19 +35,34 @@ class Conversion {
 
   /// Converts all of `input`, or what stands in front of the loss that stops it, and
   /// tells what was lost. Throws `InputError` and `OutputError`.
-  ExitStatus run(Input& input, Output& output);
+  ExitStatus run(Input& input, Output& output, Messages& messages);
 
  private:
+  struct Place {
+    quorvel::text::Loss loss;
+    Position position;
+  };
+
+  ExitStatus runInOrder(Input& input, Output& output, Messages& messages);
   bool convertBlocks(Input& input, Output& output);
   template <typename Run>
-  bool writeAllOf(const Run& run, Output& output);
-  const quorvel::text::Loss& stoppingLoss() const;
+  bool writeAllOf(const Run& run, const Input& input, Output& output);
+  ExitStatus tell(const Input& input, Messages& messages);
+
+  bool canStop() const;
+  bool needsPlaces() const;
+  void findFirst(const Input& input);
+  Place stoppingPlace(const Input& input);
   Position positionOf(const quorvel::text::Loss& loss, const Input& input);
+  std::string sentence(const Input& input, const Place& place) const;
 
   Rules m_rules;
   quorvel::text::Transcoder m_transcoder;
   std::vector<char> m_room;
-  std::optional<Locator> m_locator;  // of the file at hand
+
+  // Of the file at hand:
+  std::optional<Locator> m_locator;
+  std::optional<Place> m_first;  // the first loss
 };
 
 }  // namespace qvconv

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "cli/FileError.h"
 
@@ -39,7 +40,11 @@ Input::Input(const std::string& path) : m_name(inputName(path)) {
   }
 }
 
+Input::Input(std::string name, std::string text)
+    : m_name(std::move(name)), m_text(std::move(text)), m_size(m_text->size()) {}
+
 std::string_view Input::readBlock() {
+  if (m_text) return readNextOfText();
   m_buffer.resize(mostKept + bytesPerBlock);
   char* const block = m_buffer.data() + mostKept;
   m_offset += m_blockSize;
@@ -52,9 +57,18 @@ std::string_view Input::readBlock() {
   return {block, m_blockSize};
 }
 
+std::string_view Input::readNextOfText() {
+  m_offset += m_blockSize;
+  const std::string_view block =
+      std::string_view(*m_text).substr(static_cast<std::size_t>(m_offset), bytesPerBlock);
+  m_blockSize = block.size();
+  return block;
+}
+
 std::string_view Input::readAgain(std::uint64_t offset, std::span<char> room) const {
   const std::uint64_t available = bytesRead() - std::min(offset, bytesRead());
   const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(room.size(), available));
+  if (m_text) return std::string_view(*m_text).substr(static_cast<std::size_t>(offset), size);
   if (m_isRegular) {
     const ssize_t count = readAt(m_descriptor, room.first(size), m_start + offset);
     return {room.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};

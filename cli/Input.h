@@ -20,6 +20,9 @@ class Input {
   /// Opens `path`, "-" for standard input. Throws `InputError`.
   explicit Input(const std::string& path);
 
+  /// A text at hand, called `name`, which is read like a file.
+  Input(std::string name, std::string text);
+
   const std::string& name() const { return m_name; }
 
   /// How many bytes there are to read, where the system knows.
@@ -34,15 +37,18 @@ class Input {
 
   /// Whether all that was read can be looked at again. Otherwise that is the last block
   /// and a few bytes in front of it.
-  bool canReadAgain() const { return m_isRegular; }
+  bool canReadAgain() const { return m_isRegular || m_text; }
 
   /// Looks again at bytes from `offset` on, as many as fit, and at none that no block
   /// had. Fewer, perhaps none, where they are gone.
   std::string_view readAgain(std::uint64_t offset, std::span<char> room) const;
 
  private:
+  std::string_view readNextOfText();
+
   std::string m_name;
-  Descriptor m_own;  // not of standard input
+  std::optional<std::string> m_text;  // that is read instead of a file
+  Descriptor m_own;                   // not of standard input
   int m_descriptor = -1;
   std::optional<std::uint64_t> m_size;
   bool m_isRegular = false;

@@ -97,6 +97,7 @@ void Output::openBeside() {
 
 void Output::write(std::string_view bytes) {
   if (!writeAll(m_file.number(), bytes)) fail();
+  m_bytesWritten += bytes.size();
 }
 
 void Output::finish() {

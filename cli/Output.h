@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,8 @@ class Output {
   /// Writes some bytes, at once. Throws `OutputError`.
   void write(std::string_view bytes);
 
+  std::uint64_t bytesWritten() const { return m_bytesWritten; }
+
   /// Whether there is a file that stays as it was without `finish`.
   bool replacesAFile() const { return !m_temporary.empty(); }
 
@@ -38,6 +41,7 @@ class Output {
   std::string m_final;      // the path of a regular file
   std::string m_temporary;  // its path until `finish`; empty when there is none
   Descriptor m_file;
+  std::uint64_t m_bytesWritten = 0;
 };
 
 }  // namespace qvconv

@@ -3,6 +3,7 @@
 #include "cli/Sentences.h"
 
 #include <array>
+#include <cstdint>
 #include <cstdio>
 
 namespace qvconv {
@@ -11,6 +12,7 @@ namespace {
 
 using quorvel::text::Loss;
 using quorvel::text::LossKind;
+using quorvel::text::Report;
 
 std::string whatIsLost(const Loss& loss, const EncodingNames& names) {
   switch (loss.kind) {
@@ -51,6 +53,24 @@ std::string lossSentence(std::string_view file, const Position& position, const 
   return std::string(file) + ':' + std::to_string(position.line) + ':' +
          std::to_string(position.column) + ": byte " + std::to_string(loss.offset) + ": " +
          whatIsLost(loss, names);
+}
+
+std::string countsSentence(const Report& report) {
+  std::string list;
+  const auto add = [&](std::uint64_t count, const char* one, const char* many) {
+    if (count == 0) return;
+    if (!list.empty()) list += ", ";
+    list += std::to_string(count) + ' ' + (count == 1 ? one : many);
+  };
+  add(report.malformed, "malformed sequence", "malformed sequences");
+  add(report.unmappable, "character without a place", "characters without a place");
+  add(report.bestFits, "best fit", "best fits");
+  return list;
+}
+
+std::string convertedSentence(const Report& report, const EncodingNames& names) {
+  return std::to_string(report.bytesRead) + " bytes of " + names.from + " became " +
+         std::to_string(report.bytesWritten) + " of " + names.to;
 }
 
 }  // namespace qvconv
