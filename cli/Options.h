@@ -1,29 +1,25 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "cli/Conversion.h"
+#include "cli/WrongUse.h"
+
 namespace qvconv {
+
+/// What the command is to do; Modes.cpp has the function of each.
+enum class Mode { convert, list, help, version };
 
 /// What the command line asks for.
 struct Options {
-  std::string information;         ///< a text to print instead of converting: help, version, list
-  std::string from;                ///< the source encoding as the user names it
-  std::string to;                  ///< the destination encoding likewise
-  int fromCodePage = 0;            ///< its number
-  int toCodePage = 0;              ///< its number
+  Mode mode = Mode::convert;
+  Rules rules;                     ///< what is converted, and how
   std::string output;              ///< where to write; empty for standard output
   std::vector<std::string> files;  ///< what to read, at least one; "-" for standard input
 };
 
-/// A command line that cannot be carried out; `what()` says why in one line.
-class WrongUse : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-/// Reads the command line. Throws `WrongUse`.
+/// Reads the command line, in the locale that the program has set. Throws `WrongUse`.
 Options readOptions(int argc, const char* const* argv);
 
 }  // namespace qvconv
