@@ -55,6 +55,11 @@ std::string decoded(int from, std::string_view source) {
   return text::convert(encodingOf(from), Encoding::utf8(), source, options).text;
 }
 
+std::string corpus(const std::string& name) {
+  std::ifstream file(QUORVEL_SOURCE_DIR "/bench/corpora/" + name + ".txt", std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
 // --- Without doubt ----------------------------------------------------------------------------
 
 TEST(TextDetection, TakesPlainAsciiForAsciiAlone) {
@@ -110,7 +115,8 @@ TEST(TextDetection, TriesAGuessOfAnyFamily) {
 // --- Ranking ----------------------------------------------------------------------------------
 
 TEST(TextDetection, PutsFewestLossesFirst) {
-  const std::string source = encoded(932, "\u65E5\u672C\u8A9E\u306E\u6587\u7AE0") + "\x81\"";
+  const std::string source =
+      encoded(932, std::string_view(corpus("japanese")).substr(0, 600)) + "\x81\"";
   const std::vector<Candidate> found = text::detect(source, local(932));
   EXPECT_EQ(found.front(), (Candidate{encodingOf(932), 1}));
   EXPECT_THAT(numbersOf(found), ElementsAre(932, 51932, 50220, testing::_, testing::_));
@@ -150,11 +156,6 @@ const Language languages[] = {
     {"chinese_simplified", 936, {936, 51936, 54936, 1200, 1201}},
     {"chinese_traditional", 950, {950, 1200, 1201}},
 };
-
-std::string corpus(const std::string& name) {
-  std::ifstream file(QUORVEL_SOURCE_DIR "/bench/corpora/" + name + ".txt", std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // No guess helps: what the characters look like decides. Encodings that read a text
 // alike are all right.
