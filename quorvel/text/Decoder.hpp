@@ -41,9 +41,11 @@ struct DecoderJob {
 class Decoder {
  public:
   /// What a decoder remembers between calls. Putting a state back makes it go on as
-  /// it did from there.
+  /// it did from there. The bits of `freeBits` are 0, for whoever puts a decoder
+  /// around another one.
   using State = std::uint64_t;
   static constexpr State initialState = 0;
+  static constexpr State freeBits = State{3} << 62;
 
   Decoder() = default;
   virtual ~Decoder() = default;

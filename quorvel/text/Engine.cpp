@@ -6,6 +6,7 @@
 #include "quorvel/kernel/Utf16Unit.hpp"
 #include "quorvel/text/CodecLoops.hpp"
 #include "quorvel/text/Codecs.hpp"
+#include "quorvel/text/LineEnds.hpp"
 #include "quorvel/text/Refusal.hpp"
 
 namespace quorvel::text {
@@ -86,17 +87,18 @@ Transcoder::Engine::Engine(Encoding from, Encoding to, Options options)
 }
 
 Transcoder::Engine::Side Transcoder::Engine::sideFor(Encoding encoding) const {
+  const bool isKept = m_options.lineEnds == LineEnds::keep;
   Way way = Way::pivot;
-  if (isSame(encoding, m_to)) {
+  if (isSame(encoding, m_to) && isKept) {
     if (!encoding.keepsState()) way = Way::copy;
   } else if (m_to == Encoding::utf16le()) {
     way = Way::decodeOnly;
-  } else if (encoding == Encoding::utf16le() && stopsAtLoneSurrogates(m_to)) {
+  } else if (encoding == Encoding::utf16le() && stopsAtLoneSurrogates(m_to) && isKept) {
     way = Way::encodeOnly;
-  } else if (directLoop(encoding, m_to).loop) {
+  } else if (directLoop(encoding, m_to).loop && isKept) {
     way = Way::direct;
   }
-  return {encoding, makeDecoder(encoding), way};
+  return {encoding, withLineEnds(makeDecoder(encoding), encoding, m_options.lineEnds), way};
 }
 
 void Transcoder::Engine::reset() {

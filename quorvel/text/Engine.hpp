@@ -120,7 +120,7 @@ class Transcoder::Engine {
 
   static constexpr std::size_t fewestToDecode = 64;
   static constexpr std::size_t bytesPerBlock = 8192;
-  // A byte makes one unit at most.
+  // A byte makes one unit at most, unless line ends become longer; then more parts do.
   unsigned char m_block[2 * bytesPerBlock];
 };
 

@@ -98,6 +98,7 @@ std::uint64_t mostBytes(Encoding from, Encoding to, std::uint64_t numBytes,
   if (options.malformed == Action::preserve && from.keepsState()) characters = 2;
   constexpr std::uint64_t longestEscape = 10;  // \U0001F600 and &#x10FFFF;
   if (mayEscape) characters = std::max(characters, longestEscape);
+  if (options.lineEnds == LineEnds::crLf) characters = std::max<std::uint64_t>(characters, 2);
   if (mayReconvert) characters = std::max<std::uint64_t>(characters, Encoder::mostBytes);
   // A switch of the state on either side, and a header or a mark.
   return atMost(numBytes, characters * to.mostBytes(), Encoder::mostBytes);
