@@ -1,7 +1,6 @@
 // Conversions by quorvel/text.
 
 #include <algorithm>
-#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
