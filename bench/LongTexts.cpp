@@ -53,7 +53,6 @@ bool isFastEnough(const Result& result, const Options& options) {
 
 bool isTextFastEnough(const Result& result, const Options& options) {
   return std::all_of(result.text.begin(), result.text.end(), [&](const OurFigure& figure) {
-    if (figure.way == nameOf(TextWay::convert)) return true;
     return figure.overFaster() >= options.atLeast && figure.overConverter >= options.textAtLeast;
   });
 }

@@ -13,8 +13,7 @@ namespace quorvel::bench {
 /// that misses a limit is measured once more.
 const std::vector<Result>& measureLongTexts(const Options& options);
 
-/// Whether `EncodingConvert` and quorvel/text keep to their limits. There are none for
-/// `TextWay::convert`, which alone makes room anew for each text.
+/// Whether `EncodingConvert`, and quorvel/text in all its ways, keep to their limits.
 bool isFastEnough(const Result& result, const Options& options);
 bool isTextFastEnough(const Result& result, const Options& options);
 

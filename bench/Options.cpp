@@ -18,7 +18,7 @@ constexpr const char* usage =
     "when a row is not that many times as fast as the faster of its peers, with\n"
     "--text-at-least when quorvel/text is not that many times as fast as EncodingConvert.\n"
     "--target says which of our kernels are measured, instead of all that the machine can\n"
-    "run. --quick takes every row of the tables speed and text, in less than two minutes,\n"
+    "run. --quick takes every row of the tables speed and text, in about a minute,\n"
     "with limits.";
 
 std::string runnableTarget(const std::string& name) {

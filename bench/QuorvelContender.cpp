@@ -1,5 +1,7 @@
 // Conversions by EncodingConvert.
 
+#include <utility>
+
 #include "Contender.h"
 #include "Rows.h"
 #include "Targets.h"
@@ -27,8 +29,8 @@ int actionFor(OnError onError) {
 
 class QuorvelContender : public Contender {
  public:
-  QuorvelContender(int from, int to, const std::string& target, OnError onError)
-      : m_from(from), m_to(to), m_target(target) {
+  QuorvelContender(int from, int to, std::string target, OnError onError)
+      : m_from(from), m_to(to), m_target(std::move(target)) {
     m_converter.setErrorAction(actionFor(onError));
     m_converter.setDefBytes(reinterpret_cast<const unsigned char*>("?\0"), to == utf16le ? 2 : 1);
   }

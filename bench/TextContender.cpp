@@ -1,8 +1,8 @@
 // Conversions by quorvel/text.
 
 #include <algorithm>
-#include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "Contender.h"
@@ -47,7 +47,7 @@ text::Options optionsFor(OnError onError) {
 
 class TextContender : public Contender {
  public:
-  explicit TextContender(const std::string& target) : m_target(target) {}
+  explicit TextContender(std::string target) : m_target(std::move(target)) {}
   void getReady() override { useTarget(m_target); }
 
  private:
