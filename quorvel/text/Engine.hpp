@@ -30,7 +30,9 @@ namespace quorvel::text {
 ///
 /// Four shorter ways leave steps out: the decoder writes into the room itself, the
 /// encoder reads the window itself, one loop does the work of both as far as the text is
-/// well-formed, or, between equal encodings, what has been decoded is copied.
+/// well-formed, or, between equal encodings, what has been decoded is copied. Where these keep
+/// a state, what follows a loss is encoded where the output cannot be brought to the state of
+/// the source.
 class Transcoder::Engine {
  public:
   Engine(Encoding from, Encoding to, Options options);
@@ -84,6 +86,12 @@ class Transcoder::Engine {
   Advance decodeIntoRoom(const Window& window);
   Advance encodeFromWindow(const Window& window);
   Advance copyDecoded(const Window& window);
+  Place lastCopied(const Window& window, const Place& start, const Place& end,
+                   const Decoded& decoded);
+  void copyUpTo(const Window& window, Decoder::State from, const Place& to);
+  bool mayCopyFrom(const Window& window);
+  Advance encodeNext(const Window& window);
+  Advance loseNext(const Window& window, const Place& place, const Decoded& next);
   Advance convertDirectly(const Window& window);
   Advance decodeAndEncode(const Window& window, const Window& part);
   Advance encodeBlock(const Window& window, const Window& part, const Place& start,
@@ -100,6 +108,7 @@ class Transcoder::Engine {
   Decoded withPreservedForm(const Window& window, Decoded decoded) const;
   Pause lose(const Loss& loss, Action action);
   std::optional<Action> ask(const Loss& loss);
+  unsigned char byteAt(const Window& window, std::ptrdiff_t at) const;
   Loss lossAt(const Window& window, std::ptrdiff_t at, unsigned int length) const;
   void count(const Loss& loss);
 
@@ -116,6 +125,7 @@ class Transcoder::Engine {
   Source::Memory m_memory;
   const Source* m_source = nullptr;  // of the call
   bool m_isMarkSettled = false;
+  bool m_isInStep = true;  // what has been written is what has been read, where that is copied
   bool m_isFinished = false;
 
   static constexpr std::size_t fewestToDecode = 64;

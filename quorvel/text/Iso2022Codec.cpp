@@ -120,6 +120,18 @@ Meaning readPair(Bytes text, bool isLast, const UnitOf& unitOf) {
 
 // --- ISO-2022-JP, reading ----------------------------------------------------
 
+// The state of a text: the designated set in the low bits; above them the shift, which is
+// independent.
+constexpr std::uint64_t japaneseShift = 0x10;
+
+kernel::Iso2022JpReading unpacked(Decoder::State state) {
+  return {static_cast<Set>(state & ~japaneseShift), (state & japaneseShift) != 0};
+}
+
+Decoder::State packed(const kernel::Iso2022JpReading& reading) {
+  return static_cast<Decoder::State>(reading.designated) | (reading.isShifted ? japaneseShift : 0);
+}
+
 class JapaneseDecoder : public Iso2022Decoder<JapaneseDecoder> {
  public:
   explicit JapaneseDecoder(std::shared_ptr<const ReadingTable> table)
@@ -156,30 +168,19 @@ class JapaneseDecoder : public Iso2022Decoder<JapaneseDecoder> {
   }
 
  private:
-  // The designated set in the low bits; above them the shift, which is independent.
-  static constexpr State shifted = 0x10;
-
-  static kernel::Iso2022JpReading unpacked(State state) {
-    return {static_cast<Set>(state & ~shifted), (state & shifted) != 0};
-  }
-
-  static State packed(const kernel::Iso2022JpReading& reading) {
-    return static_cast<State>(reading.designated) | (reading.isShifted ? shifted : 0);
-  }
-
   Meaning readSwitch(Bytes text, bool isLast) {
     if (text[0] == iso2022::shiftOut) {
-      m_state |= shifted;
+      m_state |= japaneseShift;
       return switchOf(1);
     }
     if (text[0] == iso2022::shiftIn) {
-      m_state &= ~shifted;
+      m_state &= ~japaneseShift;
       return switchOf(1);
     }
     if (!isLast && jis::isDesignationCutOff(text)) return {cutOffAfter(text.size(), false)};
     const jis::Designation* designation = jis::findDesignation(text);
     if (!designation) return {malformedFor(1)};
-    m_state = (m_state & shifted) | static_cast<State>(designation->set);
+    m_state = (m_state & japaneseShift) | static_cast<State>(designation->set);
     return switchOf(designation->sequence.size());
   }
 
@@ -243,7 +244,8 @@ class JapaneseEncoder : public Encoder {
 
   Encoded encode(const EncoderJob& job) override {
     const auto loop = [this](const unsigned char* in, const unsigned char* end,
-                             unsigned char* out) {
+                             unsigned char* out) -> Position {
+      if ((m_state & japaneseShift) != 0) return {in, out};
       auto set = static_cast<Set>(m_state);
       const auto on = [&](const unsigned char* p, const unsigned char* stop, unsigned char* room) {
         return kernel::loops().shiftJisToIso2022Jp(p, stop, room, set);
@@ -279,6 +281,16 @@ class JapaneseEncoder : public Encoder {
     return out;
   }
 
+  void follow(Decoder::State state, std::span<const unsigned char>) override { m_state = state; }
+
+  unsigned char* comeInStepWith(Decoder::State state, unsigned char* out) override {
+    if (m_state == state) return out;
+    out = use(unpacked(state).designated, out);
+    if ((state & japaneseShift) != 0) *out++ = iso2022::shiftOut;
+    m_state = state;
+    return out;
+  }
+
   unsigned char* interrupt(unsigned char* out) override { return use(Set::ascii, out); }
 
   unsigned char* finish(unsigned char* out) override { return use(Set::ascii, out); }
@@ -292,7 +304,10 @@ class JapaneseEncoder : public Encoder {
                             m_lastBlock->codes);
   }
 
+  // Text that was copied may end shifted.
   unsigned char* use(Set set, unsigned char* out) {
+    if ((m_state & japaneseShift) != 0) *out++ = iso2022::shiftIn;
+    m_state &= ~japaneseShift;
     if (m_state == static_cast<State>(set)) return out;
     m_state = static_cast<State>(set);
     return putSequence(jis::sequenceFor(set), out);
@@ -394,6 +409,14 @@ class KoreanEncoder : public Encoder {
     *out++ = static_cast<unsigned char>(lead & ~highBit);
     *out++ = static_cast<unsigned char>(trail & ~highBit);
     return out;
+  }
+
+  void follow(Decoder::State state, std::span<const unsigned char>) override {
+    m_state = announced | (state != Decoder::initialState ? shifted : 0);
+  }
+
+  unsigned char* comeInStepWith(Decoder::State state, unsigned char* out) override {
+    return use(state != Decoder::initialState ? shifted : 0, out);
   }
 
   // Nothing may stand in front of the header.
