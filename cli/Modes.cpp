@@ -6,6 +6,7 @@
 #include <array>
 #include <optional>
 
+#include "cli/Check.h"
 #include "cli/Conversion.h"
 #include "cli/FileError.h"
 #include "cli/Help.h"
@@ -60,6 +61,25 @@ ExitStatus convertFiles(const Options& options, Messages& messages) {
   return progress.status;
 }
 
+// --- Checking ---------------------------------------------------------------
+
+ExitStatus checkFile(const std::string& file, Check& check, Messages& messages) try {
+  Input input(file);
+  return check.run(input, messages);
+} catch (const InputError& error) {
+  messages.complain(error.what());
+  return ExitStatus::failed;
+}
+
+ExitStatus checkFiles(const Options& options, Messages& messages) {
+  Check check(options.check);
+  ExitStatus status = ExitStatus::allConverted;
+  for (const std::string& file : options.files) {
+    status = worse(status, checkFile(file, check, messages));
+  }
+  return status;
+}
+
 // --- The table --------------------------------------------------------------
 
 template <std::string (*text)()>
@@ -74,9 +94,8 @@ struct ModeRow {
 };
 
 constexpr std::array modes = {
-    ModeRow{Mode::convert, convertFiles},
-    ModeRow{Mode::list, print<listEncodings>},
-    ModeRow{Mode::help, print<helpText>},
+    ModeRow{Mode::convert, convertFiles},       ModeRow{Mode::check, checkFiles},
+    ModeRow{Mode::list, print<listEncodings>},  ModeRow{Mode::help, print<helpText>},
     ModeRow{Mode::version, print<versionText>},
 };
 

@@ -118,9 +118,10 @@ constexpr std::array headings = {
                   "qvconv -f utf-8 -t 1252 --on-error=escape --escape=xml page.html"},
     OptionHeading{OptionGroup::marks, "Marks and order",
                   "qvconv -f utf-8 -t utf-16le --bom=add notes.txt"},
+    OptionHeading{OptionGroup::looking, "Looking", "qvconv --check -f utf-8 notes.txt"},
     OptionHeading{OptionGroup::files, "Files", "qvconv -f 932 -t utf-8 -o new.txt old.txt"},
     OptionHeading{OptionGroup::messages, "Messages", "qvconv -q -c -f utf-8 -t us-ascii list.txt"},
-    OptionHeading{OptionGroup::help, "Help", "qvconv -l"},
+    OptionHeading{OptionGroup::help, "Help", "qvconv --version"},
 };
 
 constexpr std::array rows = {
@@ -154,6 +155,15 @@ constexpr std::array rows = {
     OptionRow{OptionGroup::marks, "--visual-order", ValueKind::none, "",
               "10004 is read as text in visual order", readVisually},
 
+    OptionRow{OptionGroup::looking, "-l,--list", ValueKind::none, "",
+              "list the encodings: number, name, title, other names", takeMode<Mode::list>},
+    OptionRow{OptionGroup::looking, "--check", ValueKind::none, "",
+              "only list what would be lost, without -t what is malformed", takeMode<Mode::check>},
+    OptionRow{OptionGroup::looking, "--all", ValueKind::none, "",
+              "all losses of a file, not only the first 10", set<&Draft::showsAll>},
+    OptionRow{OptionGroup::looking, "--json", ValueKind::none, "", "for programs, an object a line",
+              set<&Draft::isJson>},
+
     OptionRow{OptionGroup::files, "-o,--output", ValueKind::needed, "FILE",
               "write to this file, which may be one of the inputs", takeText<&Draft::output>},
 
@@ -162,8 +172,6 @@ constexpr std::array rows = {
     OptionRow{OptionGroup::messages, "-v,--verbose", ValueKind::none, "",
               "tell what is done with each file", set<&Draft::isVerbose>},
 
-    OptionRow{OptionGroup::help, "-l,--list", ValueKind::none, "",
-              "list the encodings: number, name, title, other names", takeMode<Mode::list>},
     OptionRow{OptionGroup::help, "-h,--help,-?", ValueKind::none, "", "show this",
               takeMode<Mode::help>},
     OptionRow{OptionGroup::help, "-V,--version", ValueKind::none, "", "show the version",

@@ -26,12 +26,14 @@ struct Draft {
   std::vector<std::string> files;
   bool choosesMarks = false;  ///< --bom stands there
   bool drops = false;
+  bool showsAll = false;
+  bool isJson = false;
   bool isQuiet = false;
   bool isVerbose = false;
 };
 
 /// The headings of the help.
-enum class OptionGroup { encodings, losses, marks, files, messages, help };
+enum class OptionGroup { encodings, losses, marks, looking, files, messages, help };
 
 struct OptionHeading {
   OptionGroup group;

@@ -3,18 +3,20 @@
 #include <string>
 #include <vector>
 
+#include "cli/Check.h"
 #include "cli/Conversion.h"
 #include "cli/WrongUse.h"
 
 namespace qvconv {
 
 /// What the command is to do; Modes.cpp has the function of each.
-enum class Mode { convert, list, help, version };
+enum class Mode { convert, check, list, help, version };
 
 /// What the command line asks for.
 struct Options {
   Mode mode = Mode::convert;
   Rules rules;                     ///< what is converted, and how
+  CheckRules check;                ///< what is checked, and how
   std::string output;              ///< where to write; empty for standard output
   std::vector<std::string> files;  ///< what to read, at least one; "-" for standard input
 };
