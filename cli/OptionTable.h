@@ -23,7 +23,14 @@ struct Draft {
   std::optional<std::string> reconvertTo;
   quorvel::text::Options text;
   std::optional<std::string> output;
+  std::optional<std::string> inPlaceSuffix;
+  std::optional<std::string> outputDirectory;
+  std::optional<std::string> filesFrom;
+  std::optional<std::string> glob;
   std::vector<std::string> files;
+  unsigned int numJobs = 1;
+  bool isRecursive = false;
+  bool isNulSeparated = false;
   bool choosesMarks = false;  ///< --bom stands there
   bool drops = false;
   bool showsAll = false;

@@ -187,6 +187,13 @@ CheckRules checkRulesOf(const Draft& draft) {
   return rules;
 }
 
+FileArguments fileArgumentsOf(const Draft& draft) {
+  FileArguments arguments{draft.files, draft.filesFrom, draft.isNulSeparated, draft.isRecursive,
+                          draft.glob};
+  if (arguments.files.empty() && !arguments.filesFrom) arguments.files.emplace_back("-");
+  return arguments;
+}
+
 // --- What does not go together ----------------------------------------------
 
 struct Contradiction {
@@ -196,7 +203,7 @@ struct Contradiction {
   std::string_view remedy;
 };
 
-bool isWithoutConversion(Mode mode) { return mode != Mode::convert; }
+bool namesFiles(const Draft& draft) { return !draft.files.empty() || draft.filesFrom; }
 
 constexpr std::array contradictions = {
     Contradiction{
@@ -205,9 +212,34 @@ constexpr std::array contradictions = {
     Contradiction{[](const Draft& draft, Mode mode) { return draft.isJson && mode != Mode::check; },
                   "--json", "a conversion has no result in JSON", "add --check"},
     Contradiction{[](const Draft& draft, Mode mode) {
-                    return draft.output.has_value() && isWithoutConversion(mode);
+                    return draft.output.has_value() && mode != Mode::convert;
                   },
                   "-o", "nothing is converted", "redirect standard output"},
+    Contradiction{[](const Draft& draft, Mode mode) {
+                    return draft.inPlaceSuffix.has_value() && mode != Mode::convert;
+                  },
+                  "--in-place", "nothing is converted", "leave it out"},
+    Contradiction{[](const Draft& draft, Mode mode) {
+                    return draft.outputDirectory.has_value() && mode != Mode::convert;
+                  },
+                  "--output-dir", "nothing is converted", "leave it out"},
+    Contradiction{[](const Draft& draft, Mode) { return draft.inPlaceSuffix && draft.output; },
+                  "--in-place", "cannot go with -o", "use one of them"},
+    Contradiction{
+        [](const Draft& draft, Mode) { return draft.inPlaceSuffix && draft.outputDirectory; },
+        "--in-place", "cannot go with --output-dir", "use one of them"},
+    Contradiction{[](const Draft& draft, Mode) { return draft.outputDirectory && draft.output; },
+                  "--output-dir", "cannot go with -o", "use one of them"},
+    Contradiction{
+        [](const Draft& draft, Mode) { return draft.inPlaceSuffix && !namesFiles(draft); },
+        "--in-place", "no file is named", "name files, or directories with -r"},
+    Contradiction{
+        [](const Draft& draft, Mode) { return draft.outputDirectory && !namesFiles(draft); },
+        "--output-dir", "no file is named", "name files, or directories with -r"},
+    Contradiction{[](const Draft& draft, Mode) { return draft.glob && !draft.isRecursive; },
+                  "--glob", "no directory is looked into", "add -r"},
+    Contradiction{[](const Draft& draft, Mode) { return draft.isNulSeparated && !draft.filesFrom; },
+                  "-0", "no names are read", "add --files-from"},
 };
 
 void refuseContradictions(const Draft& draft, Mode mode) {
@@ -219,15 +251,17 @@ void refuseContradictions(const Draft& draft, Mode mode) {
 }  // namespace
 
 Options readOptions(int argc, const char* const* argv) {
-  Draft draft = readDraft(argc, argv);
+  const Draft draft = readDraft(argc, argv);
   Options options;
   options.mode = draft.mode.value_or(Mode::convert);
   refuseContradictions(draft, options.mode);
   if (options.mode == Mode::convert) options.rules = rulesOf(draft);
   if (options.mode == Mode::check) options.check = checkRulesOf(draft);
   options.output = draft.output.value_or("");
-  options.files = std::move(draft.files);
-  if (options.files.empty()) options.files.emplace_back("-");
+  options.files = fileArgumentsOf(draft);
+  options.inPlaceSuffix = draft.inPlaceSuffix;
+  options.outputDirectory = draft.outputDirectory;
+  options.numJobs = draft.numJobs;
   return options;
 }
 
