@@ -16,9 +16,6 @@ using quorvel::text::Wants;
 
 constexpr std::size_t bytesOfRoom = 1U << 17;
 
-// How far in front of a block a loss may begin that is found in it.
-constexpr std::uint64_t mostBehind = 32;
-
 Transcoder makeTranscoder(const Rules& rules) {
   Options options = rules.options;
   options.visualOrder = false;
@@ -86,9 +83,7 @@ bool Conversion::convertBlocks(Input& input, Output& output) {
       return step;
     };
     if (!writeAllOf(push, input, output)) return false;
-    if (isGoneLater && input.bytesRead() > mostBehind) {
-      m_locator->passTo(input.bytesRead() - mostBehind);
-    }
+    if (isGoneLater) m_locator->passTo(input.firstKeptLater());
   }
   return writeAllOf([&](std::span<char> room) { return m_transcoder.finish(room); }, input, output);
 }

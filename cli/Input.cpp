@@ -16,14 +16,14 @@ namespace {
 
 constexpr std::size_t bytesPerBlock = 1U << 16;
 
-// How far in front of a block a loss may begin that is found in it.
+// How far in front of a block a loss may begin that is found in it, with some to spare.
 constexpr std::size_t mostKept = 64;
 
 }  // namespace
 
 std::string inputName(const std::string& path) { return path == "-" ? "standard input" : path; }
 
-Input::Input(const std::string& path) : m_name(inputName(path)) {
+Input::Input(const std::string& path) : m_path(path), m_name(inputName(path)) {
   if (path == "-") {
     m_descriptor = STDIN_FILENO;
   } else {
@@ -40,8 +40,8 @@ Input::Input(const std::string& path) : m_name(inputName(path)) {
   }
 }
 
-Input::Input(std::string name, std::string text)
-    : m_name(std::move(name)), m_text(std::move(text)), m_size(m_text->size()) {}
+Input::Input(const std::string& path, std::string text)
+    : m_path(path), m_name(inputName(path)), m_text(std::move(text)), m_size(m_text->size()) {}
 
 std::string_view Input::readBlock() {
   if (m_text) return readNextOfText();
@@ -63,6 +63,10 @@ std::string_view Input::readNextOfText() {
       std::string_view(*m_text).substr(static_cast<std::size_t>(m_offset), bytesPerBlock);
   m_blockSize = block.size();
   return block;
+}
+
+std::uint64_t Input::firstKeptLater() const {
+  return bytesRead() - std::min<std::uint64_t>(bytesRead(), mostKept);
 }
 
 std::string_view Input::readAgain(std::uint64_t offset, std::span<char> room) const {

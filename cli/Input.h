@@ -20,9 +20,11 @@ class Input {
   /// Opens `path`, "-" for standard input. Throws `InputError`.
   explicit Input(const std::string& path);
 
-  /// A text at hand, called `name`, which is read like a file.
-  Input(std::string name, std::string text);
+  /// A text at hand, which is read like the file that it comes from.
+  Input(const std::string& path, std::string text);
 
+  /// As it was asked for, and how messages call it.
+  const std::string& path() const { return m_path; }
   const std::string& name() const { return m_name; }
 
   /// How many bytes there are to read, where the system knows.
@@ -35,9 +37,12 @@ class Input {
   /// How many bytes all blocks together had so far.
   std::uint64_t bytesRead() const { return m_offset + m_blockSize; }
 
-  /// Whether all that was read can be looked at again. Otherwise that is the last block
-  /// and a few bytes in front of it.
+  /// Whether all that was read can be looked at again. Otherwise only what begins at
+  /// `firstKeptLater()` will be there beside the next block, where losses may begin
+  /// that are found in that block.
   bool canReadAgain() const { return m_isRegular || m_text; }
+
+  std::uint64_t firstKeptLater() const;
 
   /// Looks again at bytes from `offset` on, as many as fit, and at none that no block
   /// had. Fewer, perhaps none, where they are gone.
@@ -46,6 +51,7 @@ class Input {
  private:
   std::string_view readNextOfText();
 
+  std::string m_path;
   std::string m_name;
   std::optional<std::string> m_text;  // that is read instead of a file
   Descriptor m_own;                   // not of standard input

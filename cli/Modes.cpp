@@ -4,11 +4,16 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <optional>
 
+#include "cli/Check.h"
 #include "cli/Conversion.h"
+#include "cli/ConvertEach.h"
 #include "cli/FileError.h"
+#include "cli/FileList.h"
 #include "cli/Help.h"
+#include "cli/Jobs.h"
 #include "cli/Listing.h"
 #include "cli/Output.h"
 
@@ -16,48 +21,88 @@ namespace qvconv {
 
 namespace {
 
-// --- Converting to one output -----------------------------------------------
+// --- Converting -------------------------------------------------------------
 
 // What has become of the inputs of one output so far.
-struct Progress {
+struct Soundness {
   ExitStatus status = ExitStatus::allConverted;
   bool hasResult = false;  // of at least one input
   bool isDamaged = false;  // an input has arrived in part
 };
 
 void convertNext(const std::string& file, Conversion& conversion, Output& output,
-                 Messages& messages, Progress& progress) {
+                 Messages& messages, Soundness& soundness) {
   std::optional<Input> input;
   try {
     input.emplace(file);
     const ExitStatus status = conversion.run(*input, output, messages);
-    progress.status = worse(progress.status, status);
-    progress.isDamaged |= status == ExitStatus::failed;
-    progress.hasResult = true;
+    soundness.status = worse(soundness.status, status);
+    soundness.isDamaged |= status == ExitStatus::failed;
+    soundness.hasResult = true;
   } catch (const InputError& error) {
     messages.complain(error.what());
-    progress.status = worse(progress.status, ExitStatus::failed);
-    progress.isDamaged |= input && input->bytesRead() > 0;
+    soundness.status = worse(soundness.status, ExitStatus::failed);
+    soundness.isDamaged |= input && input->bytesRead() > 0;
   }
 }
 
-ExitStatus convertFiles(const Options& options, Messages& messages) {
-  Output output(options.output);
-  Progress progress;
+ExitStatus convertToOne(const Options& options, const FileList& list, Messages& messages) {
+  const std::unique_ptr<Output> output = openOutput(options.output, messages);
+  Soundness soundness;
   std::optional<Conversion> conversion(options.rules);
-  for (const std::string& file : options.files) {
-    const bool hasFront = output.bytesWritten() > 0;
-    convertNext(file, *conversion, output, messages, progress);
+  for (const FileEntry& file : list.files) {
+    const bool hasFront = output->bytesWritten() > 0;
+    convertNext(file.path, *conversion, *output, messages, soundness);
     // One text has one mark, whatever it is put together from.
-    if (!hasFront && output.bytesWritten() > 0 && options.rules.options.writesMark) {
+    if (!hasFront && output->bytesWritten() > 0 && options.rules.options.writesMark) {
       Rules rules = options.rules;
       rules.options.writesMark = false;
       conversion.emplace(std::move(rules));
     }
   }
-  const bool isWhole = progress.hasResult && !progress.isDamaged;
-  if (isWhole || !output.replacesAFile()) output.finish();
-  return progress.status;
+  const bool isWhole = soundness.hasResult && !soundness.isDamaged;
+  if (isWhole || !output->replacesAFile()) output->finish();
+  return soundness.status;
+}
+
+ExitStatus convertList(const Options& options, FileList& list, Messages& messages) {
+  if (options.inPlaceSuffix) {
+    const auto make = [&] { return inPlaceConverter(options.rules, *options.inPlaceSuffix); };
+    return runJobs(list.files, options.numJobs, make, messages);
+  }
+  if (options.outputDirectory) {
+    refuseSharedPlaces(list, messages);
+    const auto make = [&] { return directoryConverter(options.rules, *options.outputDirectory); };
+    return runJobs(list.files, options.numJobs, make, messages);
+  }
+  return convertToOne(options, list, messages);
+}
+
+ExitStatus convertFiles(const Options& options, Messages& messages) {
+  FileList list = listFiles(options.files, messages);
+  const ExitStatus status = convertList(options, list, messages);
+  return worse(status, list.status);
+}
+
+// --- Checking ---------------------------------------------------------------
+
+ExitStatus checkFile(const std::string& file, Check& check, Messages& messages) try {
+  Input input(file);
+  return check.run(input, messages);
+} catch (const InputError& error) {
+  messages.complain(error.what());
+  return ExitStatus::failed;
+}
+
+ExitStatus checkFiles(const Options& options, Messages& messages) {
+  const FileList list = listFiles(options.files, messages);
+  const auto makeWorker = [&]() -> Worker {
+    auto check = std::make_shared<Check>(options.check);
+    return [check](const FileEntry& file, Messages& ofFile) {
+      return checkFile(file.path, *check, ofFile);
+    };
+  };
+  return worse(list.status, runJobs(list.files, options.numJobs, makeWorker, messages));
 }
 
 // --- The table --------------------------------------------------------------
@@ -74,9 +119,8 @@ struct ModeRow {
 };
 
 constexpr std::array modes = {
-    ModeRow{Mode::convert, convertFiles},
-    ModeRow{Mode::list, print<listEncodings>},
-    ModeRow{Mode::help, print<helpText>},
+    ModeRow{Mode::convert, convertFiles},       ModeRow{Mode::check, checkFiles},
+    ModeRow{Mode::list, print<listEncodings>},  ModeRow{Mode::help, print<helpText>},
     ModeRow{Mode::version, print<versionText>},
 };
 

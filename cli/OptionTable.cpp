@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <system_error>
 
 #include "cli/Suggestion.h"
 
@@ -106,6 +108,22 @@ void takeMarks(Draft& draft, const std::string& value, std::string_view option) 
   draft.choosesMarks = true;
 }
 
+void takeSuffix(Draft& draft, const std::string& value, std::string_view option) {
+  if (value.find('/') != std::string::npos) {
+    throw WrongUse(option, "the suffix has a slash", "the old file stays in its directory");
+  }
+  draft.inPlaceSuffix = value;
+}
+
+void takeJobs(Draft& draft, const std::string& value, std::string_view option) {
+  constexpr unsigned int most = 64;
+  const char* const end = value.data() + value.size();
+  const auto [rest, error] = std::from_chars(value.data(), end, draft.numJobs);
+  if (error != std::errc() || rest != end || draft.numJobs < 1 || draft.numJobs > most) {
+    throw WrongUse(option, '"' + value + "\" is no number of jobs", "1 to 64");
+  }
+}
+
 void readVisually(Draft& draft, const std::string&, std::string_view) {
   draft.text.visualOrder = true;
 }
@@ -118,9 +136,11 @@ constexpr std::array headings = {
                   "qvconv -f utf-8 -t 1252 --on-error=escape --escape=xml page.html"},
     OptionHeading{OptionGroup::marks, "Marks and order",
                   "qvconv -f utf-8 -t utf-16le --bom=add notes.txt"},
-    OptionHeading{OptionGroup::files, "Files", "qvconv -f 932 -t utf-8 -o new.txt old.txt"},
+    OptionHeading{OptionGroup::looking, "Looking", "qvconv --check -f utf-8 notes.txt"},
+    OptionHeading{OptionGroup::files, "Files",
+                  "qvconv -f 1252 -t utf-8 --in-place=.old -r --glob '*.txt' notes"},
     OptionHeading{OptionGroup::messages, "Messages", "qvconv -q -c -f utf-8 -t us-ascii list.txt"},
-    OptionHeading{OptionGroup::help, "Help", "qvconv -l"},
+    OptionHeading{OptionGroup::help, "Help", "qvconv --version"},
 };
 
 constexpr std::array rows = {
@@ -154,16 +174,37 @@ constexpr std::array rows = {
     OptionRow{OptionGroup::marks, "--visual-order", ValueKind::none, "",
               "10004 is read as text in visual order", readVisually},
 
+    OptionRow{OptionGroup::looking, "-l,--list", ValueKind::none, "",
+              "list the encodings: number, name, title, other names", takeMode<Mode::list>},
+    OptionRow{OptionGroup::looking, "--check", ValueKind::none, "",
+              "only list what would be lost, without -t what is malformed", takeMode<Mode::check>},
+    OptionRow{OptionGroup::looking, "--all", ValueKind::none, "",
+              "all losses of a file, not only the first 10", set<&Draft::showsAll>},
+    OptionRow{OptionGroup::looking, "--json", ValueKind::none, "", "for programs, an object a line",
+              set<&Draft::isJson>},
+
     OptionRow{OptionGroup::files, "-o,--output", ValueKind::needed, "FILE",
               "write to this file, which may be one of the inputs", takeText<&Draft::output>},
+    OptionRow{OptionGroup::files, "--in-place", ValueKind::optional, "SUFFIX",
+              "replace each file; the old one stays with SUFFIX", takeSuffix},
+    OptionRow{OptionGroup::files, "--output-dir", ValueKind::needed, "DIR",
+              "write each file into this directory", takeText<&Draft::outputDirectory>},
+    OptionRow{OptionGroup::files, "-r,--recursive", ValueKind::none, "",
+              "take the files in directories", set<&Draft::isRecursive>},
+    OptionRow{OptionGroup::files, "--glob", ValueKind::needed, "PATTERN",
+              "of these only the ones with such names", takeText<&Draft::glob>},
+    OptionRow{OptionGroup::files, "--files-from", ValueKind::needed, "FILE",
+              "take the files that FILE names, one a line", takeText<&Draft::filesFrom>},
+    OptionRow{OptionGroup::files, "-0,--null", ValueKind::none, "",
+              "in that FILE, NUL stands between two names", set<&Draft::isNulSeparated>},
+    OptionRow{OptionGroup::files, "-j,--jobs", ValueKind::needed, "N",
+              "work on up to N files at a time", takeJobs},
 
     OptionRow{OptionGroup::messages, "-q,--quiet,-s,--silent", ValueKind::none, "",
               "no summary of what was lost as asked", set<&Draft::isQuiet>},
     OptionRow{OptionGroup::messages, "-v,--verbose", ValueKind::none, "",
               "tell what is done with each file", set<&Draft::isVerbose>},
 
-    OptionRow{OptionGroup::help, "-l,--list", ValueKind::none, "",
-              "list the encodings: number, name, title, other names", takeMode<Mode::list>},
     OptionRow{OptionGroup::help, "-h,--help,-?", ValueKind::none, "", "show this",
               takeMode<Mode::help>},
     OptionRow{OptionGroup::help, "-V,--version", ValueKind::none, "", "show the version",

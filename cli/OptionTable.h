@@ -23,15 +23,24 @@ struct Draft {
   std::optional<std::string> reconvertTo;
   quorvel::text::Options text;
   std::optional<std::string> output;
+  std::optional<std::string> inPlaceSuffix;
+  std::optional<std::string> outputDirectory;
+  std::optional<std::string> filesFrom;
+  std::optional<std::string> glob;
   std::vector<std::string> files;
+  unsigned int numJobs = 1;
+  bool isRecursive = false;
+  bool isNulSeparated = false;
   bool choosesMarks = false;  ///< --bom stands there
   bool drops = false;
+  bool showsAll = false;
+  bool isJson = false;
   bool isQuiet = false;
   bool isVerbose = false;
 };
 
 /// The headings of the help.
-enum class OptionGroup { encodings, losses, marks, files, messages, help };
+enum class OptionGroup { encodings, losses, marks, looking, files, messages, help };
 
 struct OptionHeading {
   OptionGroup group;

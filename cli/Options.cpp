@@ -4,6 +4,9 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <limits>
 #include <string_view>
 
 #include "cli/EncodingChoice.h"
@@ -156,23 +159,109 @@ Rules rulesOf(const Draft& draft) {
   if (!draft.choosesMarks) text.writesMark = to.writesMark;
   if (from.bestFits || to.bestFits) text.bestFits = BestFits::close;
   chooseActions(draft, draft.drops || from.drops || to.drops, text);
+  rules.isQuiet = draft.isQuiet;
+  rules.isVerbose = draft.isVerbose;
   refuseRules(rules);
   return rules;
+}
+
+CheckRules checkRulesOf(const Draft& draft) {
+  const EncodingChoice from = draft.from ? chooseEncoding(*draft.from, "-f") : localeEncoding("-f");
+  CheckRules rules;
+  rules.from = from.encoding;
+  rules.names.from = from.name;
+  rules.bestFits = draft.text.bestFits;
+  rules.keepsMark = draft.text.keepsMark;
+  if (draft.to) {
+    const EncodingChoice to = chooseEncoding(*draft.to, "-t");
+    rules.to = to.encoding;
+    rules.names.to = to.name;
+    if (to.bestFits) rules.bestFits = BestFits::close;
+  }
+  if (draft.showsAll) rules.mostShown = std::numeric_limits<std::uint64_t>::max();
+  if (draft.isQuiet) {
+    rules.format = &CheckFormat::silent;
+    rules.mostShown = 0;
+  }
+  if (draft.isJson) rules.format = &CheckFormat::json;
+  return rules;
+}
+
+FileArguments fileArgumentsOf(const Draft& draft) {
+  FileArguments arguments{draft.files, draft.filesFrom, draft.isNulSeparated, draft.isRecursive,
+                          draft.glob};
+  if (arguments.files.empty() && !arguments.filesFrom) arguments.files.emplace_back("-");
+  return arguments;
+}
+
+// --- What does not go together ----------------------------------------------
+
+struct Contradiction {
+  bool (*isThere)(const Draft& draft, Mode mode);
+  std::string_view option;
+  std::string_view problem;
+  std::string_view remedy;
+};
+
+bool namesFiles(const Draft& draft) { return !draft.files.empty() || draft.filesFrom; }
+
+constexpr std::array contradictions = {
+    Contradiction{
+        [](const Draft& draft, Mode mode) { return draft.showsAll && mode != Mode::check; },
+        "--all", "there is nothing to show all of", "add --check"},
+    Contradiction{[](const Draft& draft, Mode mode) { return draft.isJson && mode != Mode::check; },
+                  "--json", "a conversion has no result in JSON", "add --check"},
+    Contradiction{[](const Draft& draft, Mode mode) {
+                    return draft.output.has_value() && mode != Mode::convert;
+                  },
+                  "-o", "nothing is converted", "redirect standard output"},
+    Contradiction{[](const Draft& draft, Mode mode) {
+                    return draft.inPlaceSuffix.has_value() && mode != Mode::convert;
+                  },
+                  "--in-place", "nothing is converted", "leave it out"},
+    Contradiction{[](const Draft& draft, Mode mode) {
+                    return draft.outputDirectory.has_value() && mode != Mode::convert;
+                  },
+                  "--output-dir", "nothing is converted", "leave it out"},
+    Contradiction{[](const Draft& draft, Mode) { return draft.inPlaceSuffix && draft.output; },
+                  "--in-place", "cannot go with -o", "use one of them"},
+    Contradiction{
+        [](const Draft& draft, Mode) { return draft.inPlaceSuffix && draft.outputDirectory; },
+        "--in-place", "cannot go with --output-dir", "use one of them"},
+    Contradiction{[](const Draft& draft, Mode) { return draft.outputDirectory && draft.output; },
+                  "--output-dir", "cannot go with -o", "use one of them"},
+    Contradiction{
+        [](const Draft& draft, Mode) { return draft.inPlaceSuffix && !namesFiles(draft); },
+        "--in-place", "no file is named", "name files, or directories with -r"},
+    Contradiction{
+        [](const Draft& draft, Mode) { return draft.outputDirectory && !namesFiles(draft); },
+        "--output-dir", "no file is named", "name files, or directories with -r"},
+    Contradiction{[](const Draft& draft, Mode) { return draft.glob && !draft.isRecursive; },
+                  "--glob", "no directory is looked into", "add -r"},
+    Contradiction{[](const Draft& draft, Mode) { return draft.isNulSeparated && !draft.filesFrom; },
+                  "-0", "no names are read", "add --files-from"},
+};
+
+void refuseContradictions(const Draft& draft, Mode mode) {
+  for (const Contradiction& each : contradictions) {
+    if (each.isThere(draft, mode)) throw WrongUse(each.option, each.problem, each.remedy);
+  }
 }
 
 }  // namespace
 
 Options readOptions(int argc, const char* const* argv) {
-  Draft draft = readDraft(argc, argv);
+  const Draft draft = readDraft(argc, argv);
   Options options;
   options.mode = draft.mode.value_or(Mode::convert);
-  if (options.mode != Mode::convert) return options;
-  options.rules = rulesOf(draft);
+  refuseContradictions(draft, options.mode);
+  if (options.mode == Mode::convert) options.rules = rulesOf(draft);
+  if (options.mode == Mode::check) options.check = checkRulesOf(draft);
   options.output = draft.output.value_or("");
-  options.files = std::move(draft.files);
-  if (options.files.empty()) options.files.emplace_back("-");
-  options.rules.isQuiet = draft.isQuiet;
-  options.rules.isVerbose = draft.isVerbose;
+  options.files = fileArgumentsOf(draft);
+  options.inPlaceSuffix = draft.inPlaceSuffix;
+  options.outputDirectory = draft.outputDirectory;
+  options.numJobs = draft.numJobs;
   return options;
 }
 

@@ -1,22 +1,28 @@
 #pragma once
 
+#include <optional>
 #include <string>
-#include <vector>
 
+#include "cli/Check.h"
 #include "cli/Conversion.h"
+#include "cli/FileList.h"
 #include "cli/WrongUse.h"
 
 namespace qvconv {
 
 /// What the command is to do; Modes.cpp has the function of each.
-enum class Mode { convert, list, help, version };
+enum class Mode { convert, check, list, help, version };
 
 /// What the command line asks for.
 struct Options {
   Mode mode = Mode::convert;
-  Rules rules;                     ///< what is converted, and how
-  std::string output;              ///< where to write; empty for standard output
-  std::vector<std::string> files;  ///< what to read, at least one; "-" for standard input
+  Rules rules;                                 ///< what is converted, and how
+  CheckRules check;                            ///< what is checked, and how
+  FileArguments files;                         ///< what to read
+  std::string output;                          ///< the one file to write; empty for standard output
+  std::optional<std::string> inPlaceSuffix;    ///< each file is replaced; may be empty
+  std::optional<std::string> outputDirectory;  ///< each file goes there
+  unsigned int numJobs = 1;
 };
 
 /// Reads the command line, in the locale that the program has set. Throws `WrongUse`.

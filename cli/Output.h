@@ -1,24 +1,19 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
 #include "cli/Descriptor.h"
+#include "cli/Messages.h"
 
 namespace qvconv {
 
-/// Where the results go.
-///
-/// A regular file is written under another name and takes its own with
-/// `finish`, so that it may be one of the inputs and stays as it was when
-/// writing fails or `finish` is never called. Anything else (a device, a pipe)
-/// is written directly.
+/// Where results go.
 class Output {
  public:
-  /// Opens `path`, or standard output when it is empty. Throws `OutputError`.
-  explicit Output(std::string path);
-  ~Output();
+  virtual ~Output() = default;
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
 
@@ -28,20 +23,28 @@ class Output {
   std::uint64_t bytesWritten() const { return m_bytesWritten; }
 
   /// Whether there is a file that stays as it was without `finish`.
-  bool replacesAFile() const { return !m_temporary.empty(); }
+  virtual bool replacesAFile() const { return false; }
 
   /// Makes sure that everything has arrived, and closes. Throws `OutputError`.
-  void finish();
+  virtual void finish();
 
- private:
-  void openBeside();
+ protected:
+  /// `name` is how messages call it; `file` is what is written to, and is kept by
+  /// whoever derives from this.
+  explicit Output(std::string name) : m_name(std::move(name)) {}
+  virtual Descriptor& file() = 0;
   [[noreturn]] void fail() const;
 
-  std::string m_name;       // how messages call it
-  std::string m_final;      // the path of a regular file
-  std::string m_temporary;  // its path until `finish`; empty when there is none
-  Descriptor m_file;
+ private:
+  std::string m_name;
   std::uint64_t m_bytesWritten = 0;
 };
+
+/// Opens `path`, or standard output when it is empty. A regular file is replaced by
+/// `finish`, so that it may be one of the inputs and stays as it was when writing
+/// fails; one in whose directory no other can be made is written through, after
+/// `messages` has been told. Anything else (a device, a pipe) is written directly.
+/// Throws `OutputError`.
+std::unique_ptr<Output> openOutput(const std::string& path, Messages& messages);
 
 }  // namespace qvconv

@@ -17,7 +17,7 @@ Input inLogicalOrder(Input& input, quorvel::text::Encoding encoding) {
   quorvel::text::Options options;
   options.malformed = quorvel::text::Action::pass;
   options.visualOrder = true;
-  return {input.name(), quorvel::text::convert(encoding, encoding, text, options).text};
+  return {input.path(), quorvel::text::convert(encoding, encoding, text, options).text};
 }
 
 }  // namespace qvconv

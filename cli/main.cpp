@@ -8,6 +8,7 @@
 #include "cli/Messages.h"
 #include "cli/Modes.h"
 #include "cli/Options.h"
+#include "cli/Signals.h"
 
 namespace {
 
@@ -20,6 +21,7 @@ ExitStatus run(int argc, const char* const* argv, Messages& messages) try {
   }
   // No other thread runs yet.
   std::setlocale(LC_CTYPE, "");  // NOLINT(concurrency-mt-unsafe)
+  removeListedFilesOnSignals();
   return runMode(readOptions(argc, argv), messages);
 } catch (const WrongUse& error) {
   messages.complain(error.what());
