@@ -65,6 +65,11 @@ Window firstOf(const Window& window, std::size_t most) {
   return part;
 }
 
+// What reaches back may begin in front of the window, of which there may be none.
+const unsigned char* behindLoss(const Decoded& lost) {
+  return lost.in + (lost.length > lost.back ? lost.length - lost.back : 0);
+}
+
 bool isSame(Encoding a, Encoding b) {
   // 65005 and 65006 are UTF-32 too.
   return a == b || (isWide(a) && isWide(b) && markOf(a).data() == markOf(b).data() &&
@@ -219,11 +224,20 @@ Transcoder::Engine::Advance Transcoder::Engine::advance(const Window& window) {
 // --- The four ways -----------------------------------------------------------
 
 Transcoder::Engine::Advance Transcoder::Engine::decodeIntoRoom(const Window& window) {
-  const Decoder::State before = decoder().state();
+  Decoder::State before = decoder().state();
   // Decoders write whole units.
   unsigned char* outEnd = m_outlet.out + m_outlet.room() / 2 * 2;
-  const Decoded decoded =
-      decoder().decode({window.begin, window.end, window.isLast, m_outlet.out, outEnd});
+  DecoderJob job{window.begin, window.end, window.isLast, m_outlet.out, outEnd};
+  Decoded decoded = decoder().decode(job);
+  while (decoded.why == DecoderStop::malformed && mayLoseAmongText()) {
+    unsigned char* out = loseAmongText(window, decoded, outEnd);
+    if (!out) break;
+    m_outlet.out = out;
+    job.in = behindLoss(decoded);
+    job.out = out;
+    before = decoder().state();
+    decoded = decoder().decode(job);
+  }
   if (decoded.why != DecoderStop::room || decoded.out != m_outlet.out || m_outlet.room() == 0) {
     m_outlet.out = decoded.out;
     if (decoded.why == DecoderStop::room) return {decoded.in, Pause::room};
@@ -231,8 +245,7 @@ Transcoder::Engine::Advance Transcoder::Engine::decodeIntoRoom(const Window& win
   }
   // The last bytes of the room are the first of a character, if one comes next.
   decoder().restore(before);
-  const Decoded next =
-      decodeOne(decoder(), {window.begin, window.end, window.isLast, m_block, nullptr});
+  const Decoded next = decodeOne(decoder(), {job.in, window.end, window.isLast, m_block, nullptr});
   if (next.out == m_block) return afterDecoding(window, window, next);
   m_outlet.wait(std::span<const unsigned char>(m_block, next.out));
   return {next.in, Pause::again};
@@ -356,33 +369,84 @@ Window Transcoder::Engine::partToDecode(const Window& window) const {
 
 Transcoder::Engine::Advance Transcoder::Engine::decodeAndEncode(const Window& window,
                                                                 const Window& part) {
-  const Place start = here(window.begin);
-  const Decoded decoded =
-      decoder().decode({part.begin, part.end, part.isLast, m_block, std::end(m_block)});
+  Places places;
+  const Decoded decoded = decodeBlock(window, part, places);
   if (decoded.out == m_block) return afterDecoding(window, part, decoded);
-  return encodeBlock(window, part, start, decoded);
+  return encodeBlock(window, part, places, decoded);
+}
+
+// Decodes a part, on behind losses too that need nothing but text in their place, as long as
+// there is room for all that the block may become: that text has no place in the source.
+Decoded Transcoder::Engine::decodeBlock(const Window& window, const Window& part, Places& places) {
+  places.add(here(window.begin));
+  DecoderJob job{part.begin, part.end, part.isLast, m_block, std::end(m_block)};
+  Decoded decoded = decoder().decode(job);
+  if (decoded.why != DecoderStop::malformed || !mayLoseAmongText()) return decoded;
+  const std::size_t fits = m_outlet.room() / m_to.mostBytes();
+  job.outEnd = m_block + 2 * std::min(fits, bytesPerBlock);
+  while (decoded.why == DecoderStop::malformed && !places.isFull() && decoded.out < job.outEnd) {
+    unsigned char* out = loseAmongText(window, decoded, job.outEnd);
+    if (!out) break;
+    job.in = behindLoss(decoded);
+    job.out = out;
+    places.add({job.in, decoder().state(), job.out});
+    decoded = decoder().decode(job);
+  }
+  return decoded;
 }
 
 Transcoder::Engine::Advance Transcoder::Engine::encodeBlock(const Window& window,
-                                                            const Window& part, const Place& start,
+                                                            const Window& part,
+                                                            const Places& places,
                                                             const Decoded& decoded) {
   const Decoder::State after = decoder().state();
-  Place place = start;
+  Place place = places.places[0];
+  unsigned char* unit = m_block;
   for (;;) {
-    const Encoded encoded =
-        m_encoder->encode({place.unit, decoded.out, m_outlet.out, m_outlet.outEnd});
+    const Encoded encoded = m_encoder->encode({unit, decoded.out, m_outlet.out, m_outlet.outEnd});
     m_outlet.out = encoded.out;
     if (encoded.why == EncoderStop::end) {
       decoder().restore(after);
       return afterDecoding(window, part, decoded);
     }
-    place = find(window, place, m_block + (encoded.in - m_block));
+    unit = m_block + (encoded.in - m_block);
+    const UnitsRead read = readCharacter(unit, decoded.out);
+    if (encoded.why == EncoderStop::unmappable && loseUnseen(read.character)) {
+      unit += read.length;
+      const bool isWritten = m_outlet.drain();
+      if (isWritten && hasRoomFor(unit, decoded.out, places)) continue;
+      place = find(window, places.lastBefore(unit), unit);
+      forgetLosses(places, unit);
+      return {place.in, isWritten ? Pause::again : Pause::room};
+    }
+    const Place& known = places.lastBefore(unit);
+    place = find(window, known.unit < place.unit ? place : known, unit);
     if (encoded.why == EncoderStop::room) return encodeNextInto(window, place);
     const Place next = behind(window, place);
-    if (loseCharacter(window, place, next) == Pause::stopped) return {place.in, Pause::stopped};
-    if (!m_outlet.drain()) return {next.in, Pause::room};
+    const Pause pause = loseCharacter(window, place, next);
+    const bool isStopped = pause == Pause::stopped;
+    const bool isWritten = isStopped || m_outlet.drain();
+    if (isStopped || !isWritten || !hasRoomFor(next.unit, decoded.out, places)) {
+      forgetLosses(places, unit);
+      if (isStopped) return {place.in, pause};
+      return {next.in, isWritten ? Pause::again : Pause::room};
+    }
     place = next;
+    unit = next.unit;
   }
+}
+
+// Whether a block with losses in it may go on at `unit`, characters having been replaced.
+bool Transcoder::Engine::hasRoomFor(const unsigned char* unit, const unsigned char* end,
+                                    const Places& places) const {
+  const auto units = static_cast<std::size_t>(end - unit) / 2;
+  return places.numBehind(unit) == 0 || units * m_to.mostBytes() <= m_outlet.room();
+}
+
+// Those behind `unit` will come again.
+void Transcoder::Engine::forgetLosses(const Places& places, const unsigned char* unit) {
+  m_report.malformed -= places.numBehind(unit);
+  if (m_report.malformed == 0) m_report.firstMalformed.reset();
 }
 
 // Fills the rest of the room with the first bytes of the next character, whose others
@@ -412,6 +476,17 @@ Transcoder::Engine::Advance Transcoder::Engine::afterDecoding(const Window& wind
 }
 
 // --- Places ------------------------------------------------------------------
+
+const Transcoder::Engine::Place& Transcoder::Engine::Places::lastBefore(
+    const unsigned char* unit) const {
+  return places[count - 1 - numBehind(unit)];
+}
+
+std::size_t Transcoder::Engine::Places::numBehind(const unsigned char* unit) const {
+  std::size_t number = 0;
+  while (number + 1 < count && places[count - 1 - number].unit > unit) ++number;
+  return number;
+}
 
 Transcoder::Engine::Place Transcoder::Engine::here(const unsigned char* in) {
   return {in, decoder().state(), m_block};
@@ -468,8 +543,40 @@ Transcoder::Engine::Advance Transcoder::Engine::loseBytes(const Window& window,
   const Loss loss = lossAt(window, at, lost.length);
   const Pause pause = lose(loss, ask(loss).value_or(m_options.malformed));
   if (pause == Pause::stopped) return {lost.in, pause};
-  // What reaches back may begin in front of the window, of which there may be none.
-  return {lost.in + (lost.length > lost.back ? lost.length - lost.back : 0), pause};
+  return {behindLoss(lost), pause};
+}
+
+// Where no handler asks, and what is written is text. `Action::preserve` writes none.
+bool Transcoder::Engine::mayLoseAmongText() const {
+  return !m_options.onLoss && !m_outlet.hasFront() && m_replacement.isText(m_options.malformed);
+}
+
+// Puts what is written for malformed bytes behind what was decoded; null where it does not fit.
+unsigned char* Transcoder::Engine::loseAmongText(const Window& window, const Decoded& decoded,
+                                                 const unsigned char* outEnd) {
+  const std::ptrdiff_t at = decoded.in - window.begin - std::ptrdiff_t{decoded.back};
+  const Loss loss = lossAt(window, at, decoded.length);
+  unsigned char* out =
+      m_replacement.putText(m_options.malformed, loss.bytes(), decoded.out, outEnd);
+  if (out) count(loss);
+  return out;
+}
+
+// Loses a character without its place, where that does not matter: it is not the first of its
+// kind, and nothing is written but text. False where it does.
+bool Transcoder::Engine::loseUnseen(char32_t character) {
+  const Action action = m_options.unmappable;
+  const bool writesText =
+      action == Action::drop || action == Action::substitute || action == Action::escape;
+  if (m_options.onLoss || !m_report.firstUnmappable || !writesText ||
+      m_options.bestFits != BestFits::none) {
+    return false;
+  }
+  Loss loss;
+  loss.kind = LossKind::unmappable;
+  loss.character = character;
+  static_cast<void>(lose(loss, action));
+  return true;
 }
 
 // The three-byte form of a preserved byte is one loss of three bytes, where UTF-8

@@ -73,6 +73,19 @@ class Transcoder::Engine {
     unsigned char* unit;
   };
 
+  /// Places of a block from which others are found: where it begins, and behind each loss
+  /// within it.
+  struct Places {
+    static constexpr std::size_t most = 64;
+    std::array<Place, most> places;
+    std::size_t count = 0;
+
+    void add(const Place& place) { places[count++] = place; }
+    bool isFull() const { return count == most; }
+    const Place& lastBefore(const unsigned char* unit) const;
+    std::size_t numBehind(const unsigned char* unit) const;
+  };
+
   Side sideFor(Encoding encoding) const;
   Window partToDecode(const Window& window) const;
   Decoder& decoder() { return *m_sides[m_side].decoder; }
@@ -94,7 +107,8 @@ class Transcoder::Engine {
   Advance loseNext(const Window& window, const Place& place, const Decoded& next);
   Advance convertDirectly(const Window& window);
   Advance decodeAndEncode(const Window& window, const Window& part);
-  Advance encodeBlock(const Window& window, const Window& part, const Place& start,
+  Decoded decodeBlock(const Window& window, const Window& part, Places& places);
+  Advance encodeBlock(const Window& window, const Window& part, const Places& places,
                       const Decoded& decoded);
   Advance encodeNextInto(const Window& window, const Place& place);
   Advance afterDecoding(const Window& window, const Window& part, const Decoded& decoded);
@@ -107,6 +121,12 @@ class Transcoder::Engine {
   Advance loseBytes(const Window& window, const Decoded& decoded);
   Decoded withPreservedForm(const Window& window, Decoded decoded) const;
   Pause lose(const Loss& loss, Action action);
+  bool mayLoseAmongText() const;
+  bool hasRoomFor(const unsigned char* unit, const unsigned char* end, const Places& places) const;
+  void forgetLosses(const Places& places, const unsigned char* unit);
+  unsigned char* loseAmongText(const Window& window, const Decoded& decoded,
+                               const unsigned char* outEnd);
+  bool loseUnseen(char32_t character);
   std::optional<Action> ask(const Loss& loss);
   unsigned char byteAt(const Window& window, std::ptrdiff_t at) const;
   Loss lossAt(const Window& window, std::ptrdiff_t at, unsigned int length) const;

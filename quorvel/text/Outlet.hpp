@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <span>
 
+#include "quorvel/text/CodecLoops.hpp"
 #include "quorvel/text/Decoder.hpp"
 
 namespace quorvel::text {
@@ -58,7 +59,10 @@ class Outlet {
 
   /// Characters to be encoded behind the bytes that wait; those without a place are
   /// left out. They stay where they are until they are written.
-  void wait(std::span<const char32_t> characters) { m_characters = characters; }
+  void wait(std::span<const char32_t> characters) {
+    m_characters = characters;
+    encodeShort();
+  }
 
   /// What brings the text to its end.
   void waitForEnd() { m_bytesEnd = m_encoder.finish(m_bytesEnd); }
@@ -83,8 +87,26 @@ class Outlet {
   }
 
  private:
+  // What a few characters become is made at once where all of them have a place.
+  void encodeShort() {
+    constexpr std::size_t few = 16;
+    if (m_characters.empty() || m_characters.size() > few || hasFront()) return;
+    unsigned char units[4 * few];
+    unsigned char* end = units;
+    for (const char32_t character : m_characters) end = putCharacter(character, end);
+    const Encoder::State before = m_encoder.state();
+    unsigned char* bytesEnd = m_bytes.data() + m_bytes.size() - Encoder::mostBytes;
+    const Encoded encoded = m_encoder.encode({units, end, m_bytesEnd, bytesEnd});
+    if (encoded.why == EncoderStop::end) {
+      m_bytesEnd = encoded.out;
+      m_characters = {};
+    } else {
+      m_encoder.restore(before);
+    }
+  }
+
   // A mark, raw bytes of a loss and one character, or what ends the text.
-  static constexpr std::size_t mostBytes = 4 * Encoder::mostBytes;
+  static constexpr std::size_t mostBytes = 8 * Encoder::mostBytes;
 
   Encoder& m_encoder;
   std::span<const unsigned char> m_front;

@@ -1,5 +1,7 @@
 #include "quorvel/text/Replacement.hpp"
 
+#include <algorithm>
+
 #include "quorvel/kernel/Utf16Unit.hpp"
 #include "quorvel/text/CodecLoops.hpp"
 #include "quorvel/text/Codecs.hpp"
@@ -26,6 +28,21 @@ std::vector<char32_t> substituteFor(const Options& options, Encoder& encoder) {
   if (options.substitute) return charactersOf(*options.substitute);
   return {hasPlace(replacementCharacter, encoder) ? replacementCharacter : U'?'};
 }
+
+bool haveAllPlaces(const std::vector<char32_t>& characters, Encoder& encoder) {
+  return std::all_of(characters.begin(), characters.end(),
+                     [&](char32_t character) { return hasPlace(character, encoder); });
+}
+
+std::vector<unsigned char> inUtf16(const std::vector<char32_t>& characters) {
+  std::vector<unsigned char> units(4 * characters.size());
+  unsigned char* end = units.data();
+  for (const char32_t character : characters) end = putCharacter(character, end);
+  units.resize(static_cast<std::size_t>(end - units.data()));
+  return units;
+}
+
+constexpr char hexDigits[] = "0123456789ABCDEF";
 
 // The lone surrogate that a wide encoding holds at a loss, or 0.
 unsigned int loneSurrogate(Encoding from, std::span<const unsigned char> bytes) {
@@ -54,7 +71,10 @@ Replacement::Replacement(Encoding from, Encoding to, const Options& options, Enc
     : m_from(from),
       m_to(to),
       m_escape(options.escape),
-      m_substitute(substituteFor(options, encoder)) {
+      m_substitute(substituteFor(options, encoder)),
+      m_substituteText(inUtf16(m_substitute)),
+      m_isSubstituteText(haveAllPlaces(m_substitute, encoder)),
+      m_areEscapesText(haveAllPlaces(charactersOf("\\x0123456789ABCDEF"), encoder)) {
   if (!options.reconvert) return;
   m_otherDecoder = makeDecoder(*options.reconvert);
   m_otherEncoder = makeEncoder(*options.reconvert);
@@ -85,13 +105,35 @@ void Replacement::write(Action action, const Loss& loss, Encoding readAs, Outlet
   }
 }
 
+bool Replacement::isText(Action action) const {
+  return action == Action::drop || (action == Action::substitute && m_isSubstituteText) ||
+         (action == Action::escape && m_areEscapesText);
+}
+
+unsigned char* Replacement::putText(Action action, std::span<const unsigned char> bytes,
+                                    unsigned char* out, const unsigned char* outEnd) const {
+  constexpr std::size_t unitsPerByte = 4;
+  const auto room = static_cast<std::size_t>(outEnd - out);
+  if (action == Action::substitute) {
+    if (m_substituteText.size() > room) return nullptr;
+    return std::copy(m_substituteText.begin(), m_substituteText.end(), out);
+  }
+  if (action != Action::escape) return out;
+  if (2 * unitsPerByte * bytes.size() > room) return nullptr;
+  for (const unsigned char byte : bytes) {
+    const char escaped[unitsPerByte] = {'\\', 'x', hexDigits[byte >> 4], hexDigits[byte & 0xF]};
+    for (const char character : escaped) out = putUnit(static_cast<unsigned char>(character), out);
+  }
+  return out;
+}
+
 void Replacement::addAscii(const char* text) {
   for (; *text != '\0'; ++text) add(static_cast<unsigned char>(*text));
 }
 
 void Replacement::addHex(char32_t value, unsigned int digits) {
   while (digits-- > 0) {
-    add(static_cast<unsigned char>("0123456789ABCDEF"[value >> 4 * digits & 0xF]));
+    add(static_cast<unsigned char>(hexDigits[value >> 4 * digits & 0xF]));
   }
 }
 

@@ -22,6 +22,15 @@ class Replacement {
   /// have said that the source is to be read as another encoding.
   void write(Action action, const Loss& loss, Encoding readAs, Outlet& outlet);
 
+  /// Whether all that `action` writes for malformed bytes is text with a place in the
+  /// destination, so that it may be put among what was decoded.
+  bool isText(Action action) const;
+
+  /// Puts that text for `bytes` at `out` as UTF-16LE and returns the position behind it;
+  /// null when it does not fit in front of `outEnd`.
+  unsigned char* putText(Action action, std::span<const unsigned char> bytes, unsigned char* out,
+                         const unsigned char* outEnd) const;
+
  private:
   void escape(const Loss& loss, Outlet& outlet);
   void reconvert(const Loss& loss, Outlet& outlet);
@@ -37,6 +46,9 @@ class Replacement {
   Encoding m_to;
   EscapeForm m_escape;
   std::vector<char32_t> m_substitute;
+  std::vector<unsigned char> m_substituteText;  // the same in UTF-16LE
+  bool m_isSubstituteText;                      // all of it has a place
+  bool m_areEscapesText;                        // as have escapes of bytes
   std::unique_ptr<Decoder> m_otherDecoder;
   std::unique_ptr<Encoder> m_otherEncoder;
 

@@ -27,7 +27,8 @@ class Source {
   struct Memory {
     std::array<unsigned char, 2 * mostCarried> carried{};
     std::size_t numCarried = 0;
-    std::array<unsigned char, mostCarried> history{};  ///< the last bytes used
+    std::array<unsigned char, mostCarried>
+        history{};  ///< the last bytes used, but of a piece at hand
     std::size_t numHistory = 0;
     std::uint64_t offset = 0;  ///< how many bytes are used
   };
@@ -35,9 +36,13 @@ class Source {
   Source(std::string_view piece, bool isLast, Memory& memory)
       : m_begin(reinterpret_cast<const unsigned char*>(piece.data())),
         m_in(m_begin),
+        m_kept(m_begin),
         m_end(m_begin + piece.size()),
         m_isLast(isLast),
         m_memory(memory) {}
+  ~Source() { remember(m_kept, m_in); }
+  Source(const Source&) = delete;
+  Source& operator=(const Source&) = delete;
 
   std::size_t bytesTaken() const { return static_cast<std::size_t>(m_in - m_begin); }
 
@@ -57,7 +62,6 @@ class Source {
   /// Puts what stands in front of `in` in the window behind itself. Where `isCutOff`,
   /// what is left of the window is the beginning of a character and is carried.
   void use(const Window& window, const unsigned char* in, bool isCutOff) {
-    remember(window.begin, in);
     m_memory.offset += static_cast<std::uint64_t>(in - window.begin);
     if (m_memory.numCarried == 0) {
       m_in = in;
@@ -65,6 +69,7 @@ class Source {
       return;
     }
     const auto used = static_cast<std::size_t>(in - window.begin);
+    remember(window.begin, window.begin + std::min(used, m_memory.numCarried));
     if (used >= m_memory.numCarried) {
       m_in += used - m_memory.numCarried;
       m_memory.numCarried = 0;
@@ -73,6 +78,7 @@ class Source {
     if (isCutOff) {
       m_in += window.end - window.begin - static_cast<std::ptrdiff_t>(m_memory.numCarried);
       m_memory.numCarried = static_cast<std::size_t>(window.end - window.begin);
+      m_kept = m_in;
     }
     std::copy(m_memory.carried.begin() + static_cast<std::ptrdiff_t>(used),
               m_memory.carried.begin() + static_cast<std::ptrdiff_t>(m_memory.numCarried),
@@ -82,15 +88,21 @@ class Source {
 
   /// The byte `back` bytes in front of the window's beginning, as far as is kept.
   unsigned char byteBefore(std::size_t back) const {
-    return back <= m_memory.numHistory ? m_memory.history[m_memory.numHistory - back] : 0;
+    const std::size_t inPiece =
+        m_memory.numCarried == 0 ? static_cast<std::size_t>(m_in - m_kept) : 0;
+    if (back <= inPiece) return *(m_in - back);
+    const std::size_t inHistory = back - inPiece;
+    return inHistory <= m_memory.numHistory ? m_memory.history[m_memory.numHistory - inHistory] : 0;
   }
 
  private:
   void carry(const unsigned char* in) {
+    remember(m_kept, in);
     const auto count = std::min(static_cast<std::size_t>(m_end - in), mostCarried);
     std::copy_n(in, count, m_memory.carried.begin());
     m_memory.numCarried = count;
     m_in += count;
+    m_kept = m_in;
   }
 
   void remember(const unsigned char* begin, const unsigned char* end) {
@@ -106,6 +118,7 @@ class Source {
 
   const unsigned char* m_begin;
   const unsigned char* m_in;
+  const unsigned char* m_kept;  // from here to `m_in` the piece itself remembers what is used
   const unsigned char* m_end;
   bool m_isLast;
   Memory& m_memory;
