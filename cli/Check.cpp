@@ -102,6 +102,7 @@ ExitStatus Check::run(Input& input, Messages& messages) {
     if (block.empty()) break;
     m_transcoder.count(block);
     if (shows() && !input.canReadAgain()) m_locator->passTo(input.firstKeptLater());
+    messages.advance(block.size());
   }
   m_transcoder.countEnd();
   const Report& report = m_transcoder.report();

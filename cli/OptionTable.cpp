@@ -54,6 +54,12 @@ constexpr std::array escapeForms = {
     Word<EscapeForm>{"xml", EscapeForm::xml},
 };
 
+constexpr std::array progressWords = {
+    Word<ShowProgress>{"auto", ShowProgress::automatic},
+    Word<ShowProgress>{"always", ShowProgress::always},
+    Word<ShowProgress>{"never", ShowProgress::never},
+};
+
 enum class Marks { remove, keep, add };
 constexpr std::array marks = {
     Word<Marks>{"remove", Marks::remove},
@@ -122,6 +128,10 @@ void takeJobs(Draft& draft, const std::string& value, std::string_view option) {
   if (error != std::errc() || rest != end || draft.numJobs < 1 || draft.numJobs > most) {
     throw WrongUse(option, '"' + value + "\" is no number of jobs", "1 to 64");
   }
+}
+
+void takeProgress(Draft& draft, const std::string& value, std::string_view option) {
+  draft.showProgress = valueOf(progressWords, value, option);
 }
 
 void readVisually(Draft& draft, const std::string&, std::string_view) {
@@ -202,6 +212,8 @@ constexpr std::array rows = {
 
     OptionRow{OptionGroup::messages, "-q,--quiet,-s,--silent", ValueKind::none, "",
               "no summary of what was lost as asked", set<&Draft::isQuiet>},
+    OptionRow{OptionGroup::messages, "--progress", ValueKind::needed, "WHEN",
+              "auto (the default: on a terminal, after a second), always, never", takeProgress},
     OptionRow{OptionGroup::messages, "-v,--verbose", ValueKind::none, "",
               "tell what is done with each file", set<&Draft::isVerbose>},
 
