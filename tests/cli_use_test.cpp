@@ -3,7 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -164,6 +168,17 @@ TEST(Help, NamesEveryOptionAndHasAnExampleForEachGroup) {
   }
   for (const qvconv::OptionHeading& heading : qvconv::optionHeadings()) {
     EXPECT_THAT(help, HasSubstr("Example: " + std::string(heading.example)));
+  }
+}
+
+TEST(ManualPage, TellsOfEveryOption) {
+  std::ifstream file(QUORVEL_DOCS_DIR "/qvconv.1");
+  std::string page{std::istreambuf_iterator<char>(file), {}};
+  page.erase(std::remove(page.begin(), page.end(), '\\'), page.end());
+  for (const std::string_view name : qvconv::allOptionNames()) {
+    const std::string pattern =
+        "\\.(TP|BR|B)[^\n]*\n?[^\n]*" + std::string(name == "-?" ? "-\\?" : name) + "[ \n]";
+    EXPECT_TRUE(std::regex_search(page, std::regex(pattern))) << name;
   }
 }
 
