@@ -1,5 +1,5 @@
 # What `cmake --install` puts where: the library with its public headers, the
-# CMake package, the pkg-config file, the command and its manual page.
+# CMake package, the pkg-config file, the command, its manual page and its completions.
 
 include(CMakePackageConfigHelpers)
 
@@ -63,4 +63,12 @@ install(FILES ${PROJECT_BINARY_DIR}/quorvel.pc DESTINATION ${pkgconfig_dir})
 if(QUORVEL_BUILD_CLI)
   install(TARGETS qvconv)
   install(FILES ${PROJECT_SOURCE_DIR}/docs/qvconv.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  set(completions ${PROJECT_SOURCE_DIR}/packaging/completions)
+  install(
+    FILES ${completions}/qvconv.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    RENAME qvconv)
+  install(FILES ${completions}/_qvconv DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+  install(FILES ${completions}/qvconv.fish
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 endif()

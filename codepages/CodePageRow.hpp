@@ -42,6 +42,33 @@ enum class LeadBytes : unsigned char {
   upper,     ///< 81 to FE
 };
 
+/// Who made an encoding, or what for.
+enum class Family : unsigned char {
+  other,
+  unicode,
+  windows,
+  iso8859,
+  dos,
+  koi8,
+  eastAsian,  ///< several bytes or sets, and not a page of Windows
+  mac,
+  ebcdic,
+};
+
+/// What it writes beside ASCII.
+enum class Script : unsigned char {
+  any,
+  latin,
+  cyrillic,
+  greek,
+  hebrew,
+  arabic,
+  thai,
+  japanese,
+  chinese,
+  korean,
+};
+
 /// What is particular about a code page: where a row says nothing, it is so.
 struct CodePageTraits {
   /// What an error in multibyte text covers, 1 or 2.
@@ -68,6 +95,10 @@ struct CodePageTraits {
   /// For the text layer: what leads, and whether 80 to 9F are the C1 controls there.
   LeadBytes leads = LeadBytes::none;
   bool hasC1InText = false;
+
+  /// For those who choose among encodings.
+  Family family = Family::other;
+  Script script = Script::any;
 };
 
 }  // namespace quorvel

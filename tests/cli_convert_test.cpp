@@ -54,7 +54,7 @@ TEST_F(Command, ConvertsIso2022) {
 }
 
 TEST_F(Command, SaysWhatIso2022Loses) {
-  expectFailed(run("-f shift_jis -t iso-2022-jp", "\x82\xA0\x82"), 1, "\x1B$B\x24\x22",
+  expectFailed(run("-f shift_jis -t iso-2022-jp", "\x82\xA0\x82"), 1, "\x1B$B\x24\x22\x1B(B",
                "standard input:1:2: byte 2: 82 is no character in shift_jis");
   expectFailed(run("-f utf-8 -t 50220", "a\xC3\xA9"), 1, "a",
                "standard input:1:2: byte 1: U+00E9 has no place in 50220");

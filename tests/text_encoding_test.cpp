@@ -161,5 +161,40 @@ TEST(TextEncoding, TellsOfEachWhetherItKeepsState) {
   }
 }
 
+// Its title tells people what its family and its script tell programs.
+TEST(TextEncoding, IsOfTheFamilyThatItsTitleNames) {
+  const auto says = [](Encoding encoding, std::string_view word) {
+    return encoding.title().find(word) != std::string_view::npos;
+  };
+  using enum text::EncodingFamily;
+  for (const Encoding encoding : Encoding::all()) {
+    const auto family = encoding.family();
+    EXPECT_EQ(family == ebcdic, says(encoding, "EBCDIC")) << encoding.title();
+    EXPECT_EQ(family == dos, says(encoding, "DOS")) << encoding.title();
+    EXPECT_EQ(family == mac, says(encoding, "(Mac)")) << encoding.title();
+    EXPECT_EQ(family == iso8859, says(encoding, "ISO 8859-")) << encoding.title();
+    EXPECT_EQ(family == koi8, says(encoding, "KOI8")) << encoding.title();
+    EXPECT_EQ(family == unicode, says(encoding, "Unicode")) << encoding.title();
+    EXPECT_TRUE(family == windows || !says(encoding, "(Windows)")) << encoding.title();
+    EXPECT_TRUE(family == windows || family == eastAsian || family == mac ||
+                encoding.kind() != EncodingKind::multiByte)
+        << encoding.title();
+  }
+}
+
+TEST(TextEncoding, WritesTheScriptThatItsTitleNames) {
+  using enum text::EncodingScript;
+  const std::pair<std::string_view, text::EncodingScript> words[] = {
+      {"Cyrillic", cyrillic}, {"Greek", greek},       {"Hebrew", hebrew},   {"Arabic", arabic},
+      {"Thai", thai},         {"Japanese", japanese}, {"Chinese", chinese}, {"Korean", korean},
+      {"European", latin},    {"Turkish", latin},     {"Baltic", latin},    {"Unicode", any}};
+  for (const Encoding encoding : Encoding::all()) {
+    for (const auto& [word, script] : words) {
+      if (encoding.title().find(word) == std::string_view::npos) continue;
+      EXPECT_EQ(encoding.script(), script) << encoding.title();
+    }
+  }
+}
+
 }  // namespace
 }  // namespace quorvel::test_text

@@ -5,6 +5,8 @@
 
 #include <new>
 
+#include "quorvel/text/Repertoire.h"
+#include "quorvel/text/detect.h"
 #include "tests/helpers/FailingAllocations.h"
 #include "tests/helpers/RandomSources.h"
 #include "tests/helpers/TextPieces.h"
@@ -130,6 +132,24 @@ TEST(TextMemory, ThatRunsOutComesOutOfMakingATranscoder) {
   const text::Encoding to = encodingOf(54936);
   failEachAllocation([&] { text::Transcoder::make(from, to, {}); },
                      [&] { EXPECT_TRUE(text::Transcoder::make(from, to, {}).has_value()); });
+}
+
+TEST(TextMemory, ThatRunsOutComesOutOfDetection) {
+  const text::DetectionHints hints{encodingOf(932), std::nullopt, false};
+  const std::string source = "\x93\xFA\x96\x7B\x8C\xEA";
+  failEachAllocation([&] { text::detect(source, hints); },
+                     [&] { EXPECT_EQ(text::detect(source, hints).front().encoding, hints.guess); });
+}
+
+TEST(TextMemory, ThatRunsOutComesOutOfAskingWhatHoldsAText) {
+  text::Repertoire repertoire(text::Encoding::utf8());
+  repertoire.push("\u3042");
+  failEachAllocation(
+      [&] {
+        text::Repertoire other(encodingOf(932));
+        repertoire.isHeldBy(encodingOf(51932));
+      },
+      [&] { EXPECT_TRUE(repertoire.isHeldBy(encodingOf(51932))); });
 }
 
 TEST(TextMemory, ThatRunsOutComesOutOfAppendingAndLosesNothing) {

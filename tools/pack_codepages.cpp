@@ -19,6 +19,7 @@
 #include "tools/LastBlock.h"
 #include "tools/PackedExtras.h"
 #include "tools/PackedTables.h"
+#include "tools/PageHead.h"
 #include "tools/TableSource.h"
 
 namespace {
@@ -46,6 +47,7 @@ void packAll(const fs::path& codepages, const fs::path& output) {
   writeFile(output / "PackedReadOnly.cpp", pack::readOnlySource(extras));
   writeFile(output / "PackedBestFits.cpp", pack::bestFitsSource(extras));
   writeFile(output / "PackedGb18030.cpp", pack::gb18030Source(extras));
+  writeFile(output / "PageHeads.cpp", pack::pageHeadsSource(pack::readPageHeads(codepages)));
 }
 
 }  // namespace

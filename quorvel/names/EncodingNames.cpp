@@ -16,12 +16,13 @@ namespace {
 
 constexpr EncodingRow servedEverywhere[] = {
 #define QUORVEL_CODE_PAGE(number, kind, table, title, names, ...) \
-  {number, CodePageKind::kind, title, names},
+  {number, CodePageKind::kind, title, names, {__VA_ARGS__}},
 #include "codepages/CodePages.def"
 };
 
 constexpr EncodingRow servedAsText[] = {
-#define QUORVEL_TEXT_PAGE(number, kind, title, names) {number, CodePageKind::kind, title, names},
+#define QUORVEL_TEXT_PAGE(number, kind, title, names, ...) \
+  {number, CodePageKind::kind, title, names, {__VA_ARGS__}},
 #include "codepages/TextPages.def"
 };
 

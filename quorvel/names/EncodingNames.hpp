@@ -6,12 +6,13 @@
 
 namespace quorvel {
 
-/// One encoding that there is, as far as naming goes. All texts are static.
+/// One encoding that there is, as far as naming and choosing go. All texts are static.
 struct EncodingRow {
   int codePage;
   CodePageKind kind;
   const char* title;
   const char* names;  ///< separated by spaces, the preferred one first
+  CodePageTraits traits;
 };
 
 /// The rows of CodePages.def, and those that only the text layer serves, in ascending

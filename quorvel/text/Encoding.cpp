@@ -84,6 +84,56 @@ EncodingKind Encoding::kind() const {
   return EncodingKind::multiByte;
 }
 
+EncodingFamily Encoding::family() const {
+  switch (encodingAt(m_row).traits.family) {
+    case Family::unicode:
+      return EncodingFamily::unicode;
+    case Family::windows:
+      return EncodingFamily::windows;
+    case Family::iso8859:
+      return EncodingFamily::iso8859;
+    case Family::dos:
+      return EncodingFamily::dos;
+    case Family::koi8:
+      return EncodingFamily::koi8;
+    case Family::eastAsian:
+      return EncodingFamily::eastAsian;
+    case Family::mac:
+      return EncodingFamily::mac;
+    case Family::ebcdic:
+      return EncodingFamily::ebcdic;
+    case Family::other:
+      break;
+  }
+  return EncodingFamily::other;
+}
+
+EncodingScript Encoding::script() const {
+  switch (encodingAt(m_row).traits.script) {
+    case Script::latin:
+      return EncodingScript::latin;
+    case Script::cyrillic:
+      return EncodingScript::cyrillic;
+    case Script::greek:
+      return EncodingScript::greek;
+    case Script::hebrew:
+      return EncodingScript::hebrew;
+    case Script::arabic:
+      return EncodingScript::arabic;
+    case Script::thai:
+      return EncodingScript::thai;
+    case Script::japanese:
+      return EncodingScript::japanese;
+    case Script::chinese:
+      return EncodingScript::chinese;
+    case Script::korean:
+      return EncodingScript::korean;
+    case Script::any:
+      break;
+  }
+  return EncodingScript::any;
+}
+
 unsigned int Encoding::leastBytes() const { return bytesOf(*this).least; }
 unsigned int Encoding::mostBytes() const { return bytesOf(*this).most; }
 

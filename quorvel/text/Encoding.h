@@ -12,6 +12,33 @@ namespace quorvel::text {
 /// The families that encodings belong to.
 enum class EncodingKind { unicode, gsm, iso2022, singleByte, multiByte };
 
+/// Who made an encoding, or what for.
+enum class EncodingFamily {
+  other,
+  unicode,
+  windows,
+  iso8859,
+  dos,
+  koi8,
+  eastAsian,  ///< several bytes or sets, and not a page of Windows
+  mac,
+  ebcdic,
+};
+
+/// What an encoding writes beside ASCII.
+enum class EncodingScript {
+  any,
+  latin,
+  cyrillic,
+  greek,
+  hebrew,
+  arabic,
+  thai,
+  japanese,
+  chinese,
+  korean,
+};
+
 /// One character encoding: a small value, cheap to copy and to compare.
 ///
 /// Every encoding has a number, the Windows-style code page identifier, and
@@ -42,6 +69,8 @@ class QUORVEL_API Encoding {
   std::string_view title() const;
 
   EncodingKind kind() const;
+  EncodingFamily family() const;
+  EncodingScript script() const;
 
   /// How few and how many bytes one character takes, what switches the state in
   /// front of it and behind it included.

@@ -47,6 +47,13 @@ enum class BestFits {
   close,  ///< as Windows does it: a fullwidth slash becomes a slash
 };
 
+/// What the lines of the destination end with.
+enum class LineEnds {
+  keep,  ///< what they end with in the source
+  lf,    ///< U+000A
+  crLf,  ///< U+000D U+000A
+};
+
 /// How a conversion goes. The default is strict: it ends at the first loss.
 struct Options {
   /// For bytes that are no character of the source.
@@ -74,6 +81,11 @@ struct Options {
   /// Whether UTF-8, UTF-16 or UTF-32 begins with a byte-order mark, unless there is
   /// no text.
   bool writesMark = false;
+
+  /// A line of the source ends at LF, at CR LF, at CR or, in EBCDIC, at U+0085. What
+  /// stands in for a loss is written as it is. Between equal encodings a code that is
+  /// only read becomes the one that is written for its character, unless they are kept.
+  LineEnds lineEnds = LineEnds::keep;
 
   /// Code page 10004 is read as text in visual order and turned into logical order.
   /// For `convert` alone; offsets are those of the turned text.

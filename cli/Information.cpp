@@ -1,0 +1,89 @@
+#include "cli/Information.h"
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "cli/Columns.h"
+#include "cli/Families.h"
+#include "cli/PageHeads.h"
+#include "quorvel/text/Transcoder.h"
+
+namespace qvconv {
+
+namespace {
+
+using namespace quorvel::text;
+
+constexpr std::uint32_t firstSurrogate = 0xD800;
+constexpr std::uint32_t behindSurrogates = 0xE000;
+constexpr std::uint32_t behindCharacters = 0x110000;
+
+// By trying each character that there is.
+std::uint64_t countCharacters(Encoding encoding) {
+  constexpr std::uint64_t all = behindCharacters - (behindSurrogates - firstSurrogate);
+  if (encoding.kind() == EncodingKind::unicode) return all;
+  Options options;
+  options.unmappable = Action::drop;
+  options.keepsMark = true;
+  std::optional<Transcoder> transcoder =
+      Transcoder::make(Encoding::utf32le(), encoding, std::move(options));
+  std::string plane;
+  for (std::uint32_t character = 0; character < behindCharacters; ++character) {
+    if (character == firstSurrogate) character = behindSurrogates;
+    for (int shift = 0; shift < 32; shift += 8) {
+      plane += static_cast<char>(character >> shift & 0xFF);
+    }
+    if ((character & 0xFFFF) != 0xFFFF) continue;
+    transcoder->count(plane);
+    plane.clear();
+  }
+  transcoder->countEnd();
+  return all - transcoder->report().unmappable;
+}
+
+// "9484" as "9,484".
+std::string grouped(std::uint64_t number) {
+  std::string text = std::to_string(number);
+  for (std::size_t at = text.size(); at > 3;) text.insert(at -= 3, 1, ',');
+  return text;
+}
+
+std::string bytesOf(Encoding encoding) {
+  const std::string least = std::to_string(encoding.leastBytes());
+  const std::string most = std::to_string(encoding.mostBytes());
+  if (encoding.keepsState()) return least + " to " + most + ", switches of the state included";
+  return least == most ? least : least + " to " + most;
+}
+
+std::string aliasesOf(Encoding encoding) {
+  const std::string number = std::to_string(encoding.number());
+  std::string text = number + ", cp" + number;
+  for (const std::string_view alias : encoding.aliases()) text += ", " + std::string(alias);
+  return text;
+}
+
+// The head without its first line, which is a title, and the blank one behind that.
+std::string_view particulars(Encoding encoding) {
+  std::string_view head = headOfPage(encoding.number());
+  head.remove_prefix(std::min(head.find('\n') + 1, head.size()));
+  while (head.starts_with('\n')) head.remove_prefix(1);
+  return head;
+}
+
+}  // namespace
+
+std::string informationOn(Encoding encoding) {
+  std::string text = std::to_string(encoding.number()) + "  " + std::string(encoding.name()) +
+                     "  " + std::string(encoding.title()) + "\n\n";
+  text += inColumns({{"family", std::string(familyOf(encoding))},
+                     {"bytes per character", bytesOf(encoding)},
+                     {"characters", grouped(countCharacters(encoding))},
+                     {"also called", aliasesOf(encoding)}},
+                    "", 0);
+  const std::string_view more = particulars(encoding);
+  if (!more.empty()) text += '\n';
+  return text.append(more);
+}
+
+}  // namespace qvconv

@@ -1,0 +1,43 @@
+# Completes qvconv in fish.
+
+# The preferred names of the encodings, and their numbers behind them.
+function __qvconv_encodings
+    qvconv -l 2>/dev/null | awk '$1 ~ /^[0-9]+$/ { print $2 "\t" $1; print $1 "\t" $2 }'
+end
+
+set -l actions 'stop drop substitute escape pass reconvert'
+
+complete -c qvconv -s f -l from-code -x -a '(__qvconv_encodings) ansi oem auto' -d 'encoding of the input'
+complete -c qvconv -s t -l to-code -x -a '(__qvconv_encodings) ansi oem utf-8-sig' -d 'encoding of the output'
+complete -c qvconv -s o -l output -r -F -d 'write to this file'
+complete -c qvconv -s c -d 'drop what does not get across'
+complete -c qvconv -l on-error -x -a "$actions" -d 'what becomes of losses'
+complete -c qvconv -l on-malformed -x -a "$actions" -d 'the same for bytes that are no character'
+complete -c qvconv -l on-unmappable -x -a "$actions" -d 'the same for characters without a place'
+complete -c qvconv -l best-fit -d 'write what looks like it'
+complete -c qvconv -l substitute -x -d 'what substitute writes'
+complete -c qvconv -l escape -x -a 'c xml' -d 'how escape spells a character'
+complete -c qvconv -l reconvert-to -x -a '(__qvconv_encodings)' -d 'the encoding of reconvert'
+complete -c qvconv -l bom -x -a 'remove keep add' -d 'byte-order marks'
+complete -c qvconv -l newline -x -a 'keep lf crlf' -d 'line ends'
+complete -c qvconv -l visual-order -d '10004 is in visual order'
+complete -c qvconv -l check -d 'only tell what would be lost'
+complete -c qvconv -l all -d 'all losses'
+complete -c qvconv -l json -d 'for programs'
+complete -c qvconv -l detect -d 'tell what a file probably is'
+complete -c qvconv -l fits -d 'list the encodings that hold all of a text'
+complete -c qvconv -s l -l list -d 'list the encodings'
+complete -c qvconv -l info -x -a '(__qvconv_encodings)' -d 'describe an encoding'
+complete -c qvconv -l chart -x -a '(__qvconv_encodings)' -d 'draw a code page'
+complete -c qvconv -l in-place -d 'replace each file'
+complete -c qvconv -l output-dir -x -a '(__fish_complete_directories)' -d 'write each file into this directory'
+complete -c qvconv -s r -l recursive -d 'take the files in directories'
+complete -c qvconv -l glob -x -d 'of these only the ones with such names'
+complete -c qvconv -l files-from -r -F -d 'take the files that this one names'
+complete -c qvconv -s 0 -l null -d 'NUL stands between two names'
+complete -c qvconv -s j -l jobs -x -d 'files at a time'
+complete -c qvconv -l progress -x -a 'auto always never' -d 'a progress bar'
+complete -c qvconv -s q -l quiet -d 'no summary'
+complete -c qvconv -s v -l verbose -d 'tell what is done'
+complete -c qvconv -s h -l help -d 'show the help'
+complete -c qvconv -s V -l version -d 'show the version'
