@@ -17,6 +17,7 @@ namespace {
 using quorvel::text::Action;
 using quorvel::text::BestFits;
 using quorvel::text::EscapeForm;
+using quorvel::text::LineEnds;
 
 // --- Values that are words --------------------------------------------------
 
@@ -52,6 +53,12 @@ constexpr std::array actions = {
 constexpr std::array escapeForms = {
     Word<EscapeForm>{"c", EscapeForm::c},
     Word<EscapeForm>{"xml", EscapeForm::xml},
+};
+
+constexpr std::array lineEnds = {
+    Word<LineEnds>{"lf", LineEnds::lf},
+    Word<LineEnds>{"crlf", LineEnds::crLf},
+    Word<LineEnds>{"keep", LineEnds::keep},
 };
 
 constexpr std::array progressWords = {
@@ -134,6 +141,10 @@ void takeProgress(Draft& draft, const std::string& value, std::string_view optio
   draft.showProgress = valueOf(progressWords, value, option);
 }
 
+void takeLineEnds(Draft& draft, const std::string& value, std::string_view option) {
+  draft.text.lineEnds = valueOf(lineEnds, value, option);
+}
+
 void readVisually(Draft& draft, const std::string&, std::string_view) {
   draft.text.visualOrder = true;
 }
@@ -144,8 +155,8 @@ constexpr std::array headings = {
     OptionHeading{OptionGroup::encodings, "Encodings", "qvconv -f shift_jis -t utf-8 letter.txt"},
     OptionHeading{OptionGroup::losses, "What does not get across",
                   "qvconv -f utf-8 -t 1252 --on-error=escape --escape=xml page.html"},
-    OptionHeading{OptionGroup::marks, "Marks and order",
-                  "qvconv -f utf-8 -t utf-16le --bom=add notes.txt"},
+    OptionHeading{OptionGroup::marks, "Marks, line ends and order",
+                  "qvconv -f utf-8 -t utf-16le --bom=add --newline=crlf notes.txt"},
     OptionHeading{OptionGroup::looking, "Looking", "qvconv --check -f utf-8 notes.txt"},
     OptionHeading{OptionGroup::files, "Files",
                   "qvconv -f 1252 -t utf-8 --in-place=.old -r --glob '*.txt' notes"},
@@ -181,6 +192,8 @@ constexpr std::array rows = {
 
     OptionRow{OptionGroup::marks, "--bom", ValueKind::needed, "WHAT",
               "remove (the default), keep or add byte-order marks", takeMarks},
+    OptionRow{OptionGroup::marks, "--newline", ValueKind::needed, "WHAT",
+              "end lines with lf or crlf, or keep (the default) what they end with", takeLineEnds},
     OptionRow{OptionGroup::marks, "--visual-order", ValueKind::none, "",
               "10004 is read as text in visual order", readVisually},
 
