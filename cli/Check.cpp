@@ -1,5 +1,7 @@
 #include "cli/Check.h"
 
+#include <utility>
+
 #include "cli/Json.h"
 #include "quorvel/base/OneLine.hpp"
 
@@ -76,7 +78,7 @@ constexpr CheckFormat CheckFormat::silent = {
 
 // --- The check --------------------------------------------------------------
 
-Check::Check(const CheckRules& rules) : m_rules(rules), m_transcoder(makeTranscoder()) {}
+Check::Check(CheckRules rules) : m_rules(std::move(rules)), m_transcoder(makeTranscoder()) {}
 
 Transcoder Check::makeTranscoder() {
   Options options;
@@ -102,6 +104,7 @@ ExitStatus Check::run(Input& input, Messages& messages) {
     if (block.empty()) break;
     m_transcoder.count(block);
     if (shows() && !input.canReadAgain()) m_locator->passTo(input.firstKeptLater());
+    messages.advance(block.size());
   }
   m_transcoder.countEnd();
   const Report& report = m_transcoder.report();

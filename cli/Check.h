@@ -47,7 +47,7 @@ struct CheckRules {
 /// Looks for losses in one file after another and writes nothing but what it finds.
 class Check {
  public:
-  explicit Check(const CheckRules& rules);
+  explicit Check(CheckRules rules);
   Check(const Check&) = delete;
   Check& operator=(const Check&) = delete;
 

@@ -45,7 +45,7 @@ ExitStatus Conversion::runInOrder(Input& input, Output& output, Messages& messag
   m_transcoder.reset();
   m_locator.reset();
   m_first.reset();
-  if (!convertBlocks(input, output)) {
+  if (!convertBlocks(input, output, messages)) {
     const Place place = stoppingPlace(input);
     messages.complain(sentence(input, place));
     return ExitStatus::failed;
@@ -69,7 +69,7 @@ ExitStatus Conversion::tell(const Input& input, Messages& messages) {
 // --- Block by block ---------------------------------------------------------
 
 // False when a loss has stopped it.
-bool Conversion::convertBlocks(Input& input, Output& output) {
+bool Conversion::convertBlocks(Input& input, Output& output, Messages& messages) {
   for (;;) {
     const bool isGoneLater = !input.canReadAgain() && needsPlaces();
     if (isGoneLater && !m_locator) {
@@ -77,6 +77,7 @@ bool Conversion::convertBlocks(Input& input, Output& output) {
     }
     std::string_view block = input.readBlock();
     if (block.empty()) break;
+    const std::size_t size = block.size();
     const auto push = [&](std::span<char> room) {
       const Step step = m_transcoder.push(block, room);
       block.remove_prefix(step.bytesTaken);
@@ -84,6 +85,7 @@ bool Conversion::convertBlocks(Input& input, Output& output) {
     };
     if (!writeAllOf(push, input, output)) return false;
     if (isGoneLater) m_locator->passTo(input.firstKeptLater());
+    messages.advance(size);
   }
   return writeAllOf([&](std::span<char> room) { return m_transcoder.finish(room); }, input, output);
 }

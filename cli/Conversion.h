@@ -44,7 +44,7 @@ class Conversion {
   };
 
   ExitStatus runInOrder(Input& input, Output& output, Messages& messages);
-  bool convertBlocks(Input& input, Output& output);
+  bool convertBlocks(Input& input, Output& output, Messages& messages);
   template <typename Run>
   bool writeAllOf(const Run& run, const Input& input, Output& output);
   ExitStatus tell(const Input& input, Messages& messages);

@@ -99,7 +99,8 @@ EncodingChoice chooseEncoding(std::string_view text, std::string_view option) {
 }
 
 EncodingChoice localeEncoding(std::string_view option) {
-  const std::string name = ::nl_langinfo(CODESET);
+  // No other thread runs while the command line is read.
+  const std::string name = ::nl_langinfo(CODESET);  // NOLINT(concurrency-mt-unsafe)
   const std::optional<Encoding> encoding = Encoding::find(name);
   if (!encoding) {
     throw WrongUse(option,

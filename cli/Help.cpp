@@ -19,15 +19,15 @@ std::string namesAndValue(const OptionRow& row) {
   if (first.starts_with("--")) text += "    ";
   text += first;
   names.remove_prefix(std::min(first.size() + 1, names.size()));
-  if (!names.empty()) text += ", " + std::string(names.substr(0, names.find(',')));
+  if (!names.empty()) text.append(", ").append(names.substr(0, names.find(',')));
   switch (row.valueKind) {
     case ValueKind::none:
       break;
     case ValueKind::needed:
-      text += (text.find("--") == std::string::npos ? " " : "=") + std::string(row.value);
+      text.append(text.find("--") == std::string::npos ? " " : "=").append(row.value);
       break;
     case ValueKind::optional:
-      text += "[=" + std::string(row.value) + "]";
+      text.append("[=").append(row.value).append("]");
       break;
   }
   return text;

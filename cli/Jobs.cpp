@@ -33,7 +33,11 @@ class InTurn {
     }
   }
 
+  // Out of turn.
+  void advance(std::size_t bytes) { m_messages.advance(bytes); }
+
   void end(std::size_t file) {
+    m_messages.endFile();
     const std::lock_guard lock(m_mutex);
     m_kept[file].hasEnded = true;
     while (m_turn < m_kept.size() && m_kept[m_turn].hasEnded) {
@@ -65,6 +69,7 @@ class MessagesOfFile : public Messages {
   void print(std::string_view text) override {
     m_inTurn.say(m_file, [kept = std::string(text)](Messages& messages) { messages.print(kept); });
   }
+  void advance(std::size_t bytes) override { m_inTurn.advance(bytes); }
 
  private:
   std::size_t m_file;

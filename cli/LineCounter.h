@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -20,7 +21,7 @@ class LineCounter {
  public:
   enum class Ends { lfAndCr, lfCrAndNel };
 
-  explicit LineCounter(Ends ends) : m_endsAtNel(ends == Ends::lfCrAndNel) {}
+  explicit LineCounter(Ends ends);
 
   /// Counts some characters in UTF-16LE, none of them cut.
   void take(std::string_view utf16le);
@@ -31,8 +32,9 @@ class LineCounter {
 
  private:
   bool isLineEnd(char16_t unit) const;
+  std::uint64_t countLineEnds(std::string_view utf16le, std::size_t count) const;
 
-  bool m_endsAtNel;
+  char16_t m_third;  // that ends lines beside LF and CR; LF where there is none
   char16_t m_previous = 0;
   Position m_position;
 };

@@ -10,8 +10,6 @@
 #include <span>
 #include <utility>
 
-#include "quorvel/text/convert.h"
-
 namespace qvconv {
 
 namespace {
@@ -27,9 +25,8 @@ constexpr std::size_t bytesPerPiece = 1U << 14;
 // How much of what follows a loss a decoder may have to see.
 constexpr std::uint64_t mostLookahead = 64;
 
-// Only in EBCDIC a space is the byte 40, which ASCII reads as @.
 LineCounter::Ends lineEndsOf(Encoding encoding) {
-  const bool isEbcdic = quorvel::text::convert(Encoding::utf8(), encoding, " ").text == "@";
+  const bool isEbcdic = encoding.family() == quorvel::text::EncodingFamily::ebcdic;
   return isEbcdic ? LineCounter::Ends::lfCrAndNel : LineCounter::Ends::lfAndCr;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,11 @@ class Messages {
 
   /// A result, for standard output. Throws `OutputError`.
   virtual void print(std::string_view text) = 0;
+
+  /// Some bytes of the input at hand have been dealt with, or all that it had. Any
+  /// thread may call these at any time.
+  virtual void advance(std::size_t) {}
+  virtual void endFile() {}
 };
 
 /// Says everything at once.

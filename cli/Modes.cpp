@@ -2,6 +2,8 @@
 
 #include "cli/Modes.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -16,10 +18,25 @@
 #include "cli/Jobs.h"
 #include "cli/Listing.h"
 #include "cli/Output.h"
+#include "cli/ProgressBar.h"
 
 namespace qvconv {
 
 namespace {
+
+// --- Progress ---------------------------------------------------------------
+
+template <typename Run>
+ExitStatus runWithProgress(const Options& options, bool isTextOnTerminal, const FileList& list,
+                           Messages& messages, const Run& run) {
+  if (!isProgressShown(options.showProgress, isTextOnTerminal)) return run(messages);
+  ProgressBar bar(options.showProgress, list, messages);
+  return run(bar);
+}
+
+bool writesToStandardOutput(const Options& options) {
+  return options.output.empty() && !options.inPlaceSuffix && !options.outputDirectory;
+}
 
 // --- Converting -------------------------------------------------------------
 
@@ -53,6 +70,7 @@ ExitStatus convertToOne(const Options& options, const FileList& list, Messages& 
   for (const FileEntry& file : list.files) {
     const bool hasFront = output->bytesWritten() > 0;
     convertNext(file.path, *conversion, *output, messages, soundness);
+    messages.endFile();
     // One text has one mark, whatever it is put together from.
     if (!hasFront && output->bytesWritten() > 0 && options.rules.options.writesMark) {
       Rules rules = options.rules;
@@ -80,7 +98,9 @@ ExitStatus convertList(const Options& options, FileList& list, Messages& message
 
 ExitStatus convertFiles(const Options& options, Messages& messages) {
   FileList list = listFiles(options.files, messages);
-  const ExitStatus status = convertList(options, list, messages);
+  const bool isTextOnTerminal = writesToStandardOutput(options) && ::isatty(STDOUT_FILENO) == 1;
+  const auto run = [&](Messages& used) { return convertList(options, list, used); };
+  const ExitStatus status = runWithProgress(options, isTextOnTerminal, list, messages, run);
   return worse(status, list.status);
 }
 
@@ -102,7 +122,10 @@ ExitStatus checkFiles(const Options& options, Messages& messages) {
       return checkFile(file.path, *check, ofFile);
     };
   };
-  return worse(list.status, runJobs(list.files, options.numJobs, makeWorker, messages));
+  const auto run = [&](Messages& used) {
+    return runJobs(list.files, options.numJobs, makeWorker, used);
+  };
+  return worse(list.status, runWithProgress(options, false, list, messages, run));
 }
 
 // --- The table --------------------------------------------------------------

@@ -17,6 +17,7 @@ namespace {
 using quorvel::text::Action;
 using quorvel::text::BestFits;
 using quorvel::text::EscapeForm;
+using quorvel::text::LineEnds;
 
 // --- Values that are words --------------------------------------------------
 
@@ -52,6 +53,18 @@ constexpr std::array actions = {
 constexpr std::array escapeForms = {
     Word<EscapeForm>{"c", EscapeForm::c},
     Word<EscapeForm>{"xml", EscapeForm::xml},
+};
+
+constexpr std::array lineEnds = {
+    Word<LineEnds>{"lf", LineEnds::lf},
+    Word<LineEnds>{"crlf", LineEnds::crLf},
+    Word<LineEnds>{"keep", LineEnds::keep},
+};
+
+constexpr std::array progressWords = {
+    Word<ShowProgress>{"auto", ShowProgress::automatic},
+    Word<ShowProgress>{"always", ShowProgress::always},
+    Word<ShowProgress>{"never", ShowProgress::never},
 };
 
 enum class Marks { remove, keep, add };
@@ -124,6 +137,14 @@ void takeJobs(Draft& draft, const std::string& value, std::string_view option) {
   }
 }
 
+void takeProgress(Draft& draft, const std::string& value, std::string_view option) {
+  draft.showProgress = valueOf(progressWords, value, option);
+}
+
+void takeLineEnds(Draft& draft, const std::string& value, std::string_view option) {
+  draft.text.lineEnds = valueOf(lineEnds, value, option);
+}
+
 void readVisually(Draft& draft, const std::string&, std::string_view) {
   draft.text.visualOrder = true;
 }
@@ -134,8 +155,8 @@ constexpr std::array headings = {
     OptionHeading{OptionGroup::encodings, "Encodings", "qvconv -f shift_jis -t utf-8 letter.txt"},
     OptionHeading{OptionGroup::losses, "What does not get across",
                   "qvconv -f utf-8 -t 1252 --on-error=escape --escape=xml page.html"},
-    OptionHeading{OptionGroup::marks, "Marks and order",
-                  "qvconv -f utf-8 -t utf-16le --bom=add notes.txt"},
+    OptionHeading{OptionGroup::marks, "Marks, line ends and order",
+                  "qvconv -f utf-8 -t utf-16le --bom=add --newline=crlf notes.txt"},
     OptionHeading{OptionGroup::looking, "Looking", "qvconv --check -f utf-8 notes.txt"},
     OptionHeading{OptionGroup::files, "Files",
                   "qvconv -f 1252 -t utf-8 --in-place=.old -r --glob '*.txt' notes"},
@@ -171,6 +192,8 @@ constexpr std::array rows = {
 
     OptionRow{OptionGroup::marks, "--bom", ValueKind::needed, "WHAT",
               "remove (the default), keep or add byte-order marks", takeMarks},
+    OptionRow{OptionGroup::marks, "--newline", ValueKind::needed, "WHAT",
+              "end lines with lf or crlf, or keep (the default) what they end with", takeLineEnds},
     OptionRow{OptionGroup::marks, "--visual-order", ValueKind::none, "",
               "10004 is read as text in visual order", readVisually},
 
@@ -202,6 +225,8 @@ constexpr std::array rows = {
 
     OptionRow{OptionGroup::messages, "-q,--quiet,-s,--silent", ValueKind::none, "",
               "no summary of what was lost as asked", set<&Draft::isQuiet>},
+    OptionRow{OptionGroup::messages, "--progress", ValueKind::needed, "WHEN",
+              "auto (the default: on a terminal, after a second), always, never", takeProgress},
     OptionRow{OptionGroup::messages, "-v,--verbose", ValueKind::none, "",
               "tell what is done with each file", set<&Draft::isVerbose>},
 

@@ -29,6 +29,7 @@ struct Draft {
   std::optional<std::string> glob;
   std::vector<std::string> files;
   unsigned int numJobs = 1;
+  ShowProgress showProgress = ShowProgress::automatic;
   bool isRecursive = false;
   bool isNulSeparated = false;
   bool choosesMarks = false;  ///< --bom stands there

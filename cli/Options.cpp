@@ -262,6 +262,7 @@ Options readOptions(int argc, const char* const* argv) {
   options.inPlaceSuffix = draft.inPlaceSuffix;
   options.outputDirectory = draft.outputDirectory;
   options.numJobs = draft.numJobs;
+  options.showProgress = draft.showProgress;
   return options;
 }
 

@@ -6,6 +6,7 @@
 #include "cli/Check.h"
 #include "cli/Conversion.h"
 #include "cli/FileList.h"
+#include "cli/ProgressBar.h"
 #include "cli/WrongUse.h"
 
 namespace qvconv {
@@ -23,6 +24,7 @@ struct Options {
   std::optional<std::string> inPlaceSuffix;    ///< each file is replaced; may be empty
   std::optional<std::string> outputDirectory;  ///< each file goes there
   unsigned int numJobs = 1;
+  ShowProgress showProgress = ShowProgress::automatic;
 };
 
 /// Reads the command line, in the locale that the program has set. Throws `WrongUse`.

@@ -3,13 +3,13 @@
 
 #include "cli/Signals.h"
 
-#include <signal.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <array>
 #include <atomic>
+#include <csignal>
 #include <cstring>
+#include <ctime>
 
 namespace qvconv {
 
@@ -42,8 +42,8 @@ void removeAndEnd(int signal) {
   for (const Place& place : places) {
     if (place.isListed) ::unlink(place.path.data());
   }
-  ::signal(signal, SIG_DFL);
-  ::raise(signal);
+  static_cast<void>(std::signal(signal, SIG_DFL));
+  static_cast<void>(std::raise(signal));
 }
 
 sigset_t allEndingSignals() {
@@ -86,7 +86,7 @@ SignalsHeldBack::~SignalsHeldBack() {
   ::pthread_sigmask(SIG_SETMASK, &blockedBefore, nullptr);
 }
 
-ListedFile::ListedFile(const std::string& path) : m_place(-1) {
+ListedFile::ListedFile(const std::string& path) {
   if (path.size() >= places.front().path.size()) return;
   for (int i = 0; i < mostListedFiles; ++i) {
     Place& place = places[static_cast<std::size_t>(i)];

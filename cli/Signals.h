@@ -30,7 +30,7 @@ class ListedFile {
   ListedFile& operator=(const ListedFile&) = delete;
 
  private:
-  int m_place;
+  int m_place = -1;  // where it is listed
 };
 
 /// How many files can be listed at a time.

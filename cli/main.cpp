@@ -20,7 +20,7 @@ ExitStatus run(int argc, const char* const* argv, Messages& messages) try {
     return ExitStatus::failed;
   }
   // No other thread runs yet.
-  std::setlocale(LC_CTYPE, "");  // NOLINT(concurrency-mt-unsafe)
+  static_cast<void>(std::setlocale(LC_CTYPE, ""));  // NOLINT(concurrency-mt-unsafe)
   removeListedFilesOnSignals();
   return runMode(readOptions(argc, argv), messages);
 } catch (const WrongUse& error) {

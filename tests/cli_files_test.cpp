@@ -2,8 +2,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <string>
 
 #include "tests/helpers/Command.h"
@@ -27,6 +31,34 @@ TEST_F(Command, ReportsAFullDisk) {
   expectFailed(run("-f utf-8 -t utf-16le -o /dev/full", "a"), 1, "",
                "/dev/full: No space left on device");
   expectFailed(run("-l >/dev/full"), 1, "", "standard output: No space left on device");
+}
+
+TEST_F(Command, LeavesTheOldOutputWhenTheDiskIsFull) {
+  std::filesystem::create_directory(path("disk"));
+  write("in", std::string(200000, 'x'));
+  if (std::system(("mount -t tmpfs -o size=64k none '" + path("disk") + "' 2>/dev/null").c_str()) !=
+      0) {
+    GTEST_SKIP() << "no file system can be mounted here";
+  }
+  write("disk/out", "old");
+  expectFailed(run("-f 1252 -t utf-16le -o disk/out in"), 1, "",
+               "disk/out: No space left on device");
+  EXPECT_EQ(read("disk/out"), "old");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(path("disk")), {}), 1);
+  EXPECT_EQ(std::system(("umount '" + path("disk") + "'").c_str()), 0);
+}
+
+TEST_F(Command, ReportsAFileThatMayNotBeRead) {
+  write("secret", "secret");
+  write("good", "good");
+  std::filesystem::permissions(path("."), std::filesystem::perms::all);
+  ASSERT_EQ(::chmod(path("secret").c_str(), 0), 0);
+  const std::string as =
+      ::geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
+  const Finished result = runShell(as + "'" QVCONV_PATH "' -f utf-8 -t utf-8 secret good");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "good");
+  EXPECT_EQ(result.err, "qvconv: secret: Permission denied\n");
 }
 
 TEST_F(Command, WritesToAFile) {

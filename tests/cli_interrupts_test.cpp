@@ -105,16 +105,15 @@ TEST_F(Interrupts, LeaveEachFileOldOrNewWithSeveralJobs) {
 
 TEST_F(Interrupts, DoNotReachACommandThatIgnoresThem) {
   write("in", std::string(2000000, 'x'));
-  const Finished result =
-      run("--version >/dev/null; trap '' HUP; (sleep 0.05; kill -HUP $$) & exec '" QVCONV_PATH
-          "' -f 1252 -t utf-16le -o out in; wait");
+  const Finished result = runShell("trap '' HUP; (sleep 0.05; kill -HUP $$) & exec '" QVCONV_PATH
+                                   "' -f 1252 -t utf-16le -o out in; wait");
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(read("out").size(), 4000000U);
 }
 
 TEST_F(Interrupts, EndTheCommandWhenNobodyReadsOn) {
-  const Finished result = run("--version >/dev/null; (yes | '" QVCONV_PATH
-                              "' -f utf-8 -t utf-16le; echo $? >status) | head -c 6");
+  const Finished result =
+      runShell("(yes | '" QVCONV_PATH "' -f utf-8 -t utf-16le; echo $? >status) | head -c 6");
   EXPECT_EQ(result.out, std::string("y\0\n\0y\0", 6));
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(read("status"), std::to_string(128 + SIGPIPE) + "\n");
@@ -122,8 +121,8 @@ TEST_F(Interrupts, EndTheCommandWhenNobodyReadsOn) {
 
 TEST_F(Interrupts, AreNotNeededForOutputToAppear) {
   // Each line has to come out before the next goes in.
-  const Finished result = run(
-      "--version >/dev/null; mkfifo to; '" QVCONV_PATH
+  const Finished result = runShell(
+      "mkfifo to; '" QVCONV_PATH
       "' -f 1252 -t utf-8 <to | (exec 3>to; for i in 1 2 3; do echo \"line $i\" >&3; read -r line; "
       "echo \"$line\"; done)");
   EXPECT_EQ(result.out, "line 1\nline 2\nline 3\n");

@@ -184,6 +184,20 @@ TEST_F(Command, WritesOneMarkForSeveralInputs) {
                   "ab");
 }
 
+TEST_F(Command, WritesLineEndsAsAsked) {
+  const std::string text = "a\nb\r\nc\rd";
+  expectConverted(run("-f utf-8 -t utf-8", text), text);
+  expectConverted(run("-f utf-8 -t utf-8 --newline=keep", text), text);
+  expectConverted(run("-f utf-8 -t 1252 --newline=lf", text), "a\nb\nc\nd");
+  expectConverted(run("-f utf-8 -t utf-8 --newline crlf", text), "a\r\nb\r\nc\r\nd");
+  expectConverted(run("-f 37 -t utf-8 --newline=lf", "\x81\x15\x82\x25\x83"), "a\nb\nc");
+  expectFailed(run("-f utf-8 -t 1252 --newline=crlf", "a\nb\r\n\xFF"), 1, "a\r\nb\r\n",
+               "standard input:3:1: byte 5: FF is no character in utf-8");
+  expectFailed(run("--newline=cr"), 2, "",
+               "--newline: \"cr\" is not known (one of lf, crlf, keep; --help "
+               "tells more)");
+}
+
 TEST_F(Command, TurnsTextInVisualOrder) {
   using namespace quorvel::text;
   const std::string visual = "\xC1\xA8\xA9\xC2\n\xC7";

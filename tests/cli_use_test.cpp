@@ -3,7 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -70,17 +74,17 @@ TEST_F(Command, SaysEachThingInOneLine) {
 }
 
 TEST_F(Command, TakesTheEncodingOfTheLocaleForOneThatIsNotGiven) {
-  const std::string inUtf8 = "--version >/dev/null; LC_ALL=C.UTF-8 '" QVCONV_PATH "' ";
-  expectConverted(run(inUtf8 + "-f 1252 >out; cat out", "\xE9"), "\xC3\xA9");
-  expectConverted(run(inUtf8 + "-t 1252", "\xC3\xA9"), "\xE9");
-  expectFailed(run("--version >/dev/null; LC_ALL=C '" QVCONV_PATH "' -f 1252", "\xE9"), 1, "",
+  const std::string inUtf8 = "LC_ALL=C.UTF-8 '" QVCONV_PATH "' ";
+  expectConverted(runShell(inUtf8 + "-f 1252 >out; cat out", "\xE9"), "\xC3\xA9");
+  expectConverted(runShell(inUtf8 + "-t 1252", "\xC3\xA9"), "\xE9");
+  expectFailed(runShell("LC_ALL=C '" QVCONV_PATH "' -f 1252", "\xE9"), 1, "",
                "standard input:1:1: byte 0: U+00E9 has no place in ANSI_X3.4-1968");
 }
 
 TEST_F(Command, KnowsTheAnsiAndTheOemPageOfTheLocale) {
-  const std::string command = "--version >/dev/null; LC_ALL=C '" QVCONV_PATH "' ";
-  expectConverted(run(command + "-f ansi -t oem", "\xE9"), "\x82");
-  expectConverted(run(command + "-f OEM -t 65001", "\x82"), "\xC3\xA9");
+  const std::string command = "LC_ALL=C '" QVCONV_PATH "' ";
+  expectConverted(runShell(command + "-f ansi -t oem", "\xE9"), "\x82");
+  expectConverted(runShell(command + "-f OEM -t 65001", "\x82"), "\xC3\xA9");
 }
 
 // An empty value is what a script passes whose variable is not set; the next
@@ -164,6 +168,17 @@ TEST(Help, NamesEveryOptionAndHasAnExampleForEachGroup) {
   }
   for (const qvconv::OptionHeading& heading : qvconv::optionHeadings()) {
     EXPECT_THAT(help, HasSubstr("Example: " + std::string(heading.example)));
+  }
+}
+
+TEST(ManualPage, TellsOfEveryOption) {
+  std::ifstream file(QUORVEL_DOCS_DIR "/qvconv.1");
+  std::string page{std::istreambuf_iterator<char>(file), {}};
+  page.erase(std::remove(page.begin(), page.end(), '\\'), page.end());
+  for (const std::string_view name : qvconv::allOptionNames()) {
+    const std::string pattern =
+        "\\.(TP|BR|B)[^\n]*\n?[^\n]*" + std::string(name == "-?" ? "-\\?" : name) + "[ \n]";
+    EXPECT_TRUE(std::regex_search(page, std::regex(pattern))) << name;
   }
 }
 

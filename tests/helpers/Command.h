@@ -47,12 +47,16 @@ class Command : public testing::Test {
         std::distance(std::filesystem::directory_iterator(m_directory), {}));
   }
 
-  // `arguments` as a shell reads them, redirections included.
+  // The command with `arguments` as a shell reads them, redirections included.
   Finished run(const std::string& arguments, std::string_view input = "") const {
+    return runShell("'" QVCONV_PATH "' " + arguments, input);
+  }
+
+  // A line for a shell.
+  Finished runShell(const std::string& commands, std::string_view input = "") const {
     write("stdin", input);
-    const std::string line = "cd '" + m_directory.string() +
-                             "' && exec 0<stdin >stdout 2>stderr; '" + QVCONV_PATH + "' " +
-                             arguments;
+    const std::string line =
+        "cd '" + m_directory.string() + "' && exec 0<stdin >stdout 2>stderr; " + commands;
     const int status = std::system(line.c_str());
     Finished result{statusOf(status), read("stdout"), read("stderr")};
     for (const char* file : {"stdin", "stdout", "stderr"}) {
