@@ -93,4 +93,15 @@ Match prepare(const Row& row, std::vector<std::string> texts,
   return match;
 }
 
+void enterText(const std::vector<TextWay>& ways, const std::string& target, Match& match) {
+  for (const TextWay way : ways) {
+    match.entrants.push_back({Library::text, nameOf(way),
+                              makeText(match.row.from->codePage, match.row.to->codePage, way,
+                                       target, largestOf(match.texts), OnError::stop)});
+    if (!agree(*match.entrants.front().contender, *match.entrants.back().contender, match.texts)) {
+      throw std::runtime_error(match.row.name() + ": quorvel/text fails, or gives another result");
+    }
+  }
+}
+
 }  // namespace quorvel::bench

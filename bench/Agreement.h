@@ -10,12 +10,12 @@
 
 namespace quorvel::bench {
 
-enum class Library { quorvel, glibc, icu };
+enum class Library { quorvel, glibc, icu, text };
 
 /// A contender that has proved that it can do its row.
 struct Entrant {
   Library library;
-  std::string way;  ///< our target, or the names and functions of a peer
+  std::string way;  ///< our target, how quorvel/text is used, or the names and functions of a peer
   std::unique_ptr<Contender> contender;
 };
 
@@ -36,5 +36,9 @@ struct Match {
 /// when no peer agrees with us: then there is nothing to be measured.
 Match prepare(const Row& row, std::vector<std::string> texts,
               const std::vector<std::string>& targets);
+
+/// Lets quorvel/text take part too, with the kernels that a user gets. Throws
+/// `std::runtime_error` when its result is another than ours.
+void enterText(const std::vector<TextWay>& ways, const std::string& target, Match& match);
 
 }  // namespace quorvel::bench

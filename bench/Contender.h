@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace quorvel::bench {
 
@@ -38,14 +37,25 @@ enum class OnError {
 /// The most bytes that a text of `numBytes` can become in any encoding here.
 constexpr std::size_t roomFor(std::size_t numBytes) { return 4 * numBytes + 64; }
 
-/// The targets that we have kernels for and this machine can run, the plainest
-/// first.
-std::vector<std::string> runnableTargets();
-
-/// We, with the kernels of one of those targets; throws `std::runtime_error` for
-/// any other.
+/// `EncodingConvert`, with the kernels of one of `runnableTargets`.
 std::unique_ptr<Contender> makeQuorvel(int from, int to, const std::string& target,
                                        OnError onError);
+
+/// The ways in which users of quorvel/text convert. Between two conversions all but
+/// `convert` keep the Transcoder and what they write to.
+enum class TextWay {
+  string,   ///< `Transcoder::push` of the whole text, into a string
+  pieces,   ///< `Transcoder::push` of 64 KiB at a time, each into 64 KiB of room at most
+  convert,  ///< `convert`, which makes a Transcoder and a string
+  stream,   ///< as pieces, but every text is the next piece of one that does not end
+};
+
+const char* nameOf(TextWay way);
+
+/// quorvel/text, with the kernels of one of `runnableTargets`; null for
+/// `OnError::convert`. `largest` is the size of the largest text to come.
+std::unique_ptr<Contender> makeText(int from, int to, TextWay way, const std::string& target,
+                                    std::size_t largest, OnError onError);
 
 /// glibc's iconv; null when it does not know a name. `largest` is the size of
 /// the largest text to come.

@@ -77,6 +77,10 @@ Match matchOf(const Row& row, const std::string& text, const std::string& target
   Match match{row, {text}, {}};
   match.entrants.push_back(
       {Library::quorvel, target, makeQuorvel(row.from->codePage, row.to->codePage, target, ours)});
+  if (auto layer = makeText(row.from->codePage, row.to->codePage, TextWay::string, target,
+                            text.size(), ours)) {
+    match.entrants.push_back({Library::text, nameOf(TextWay::string), std::move(layer)});
+  }
   const std::string iconvFrom = wordsOf(row.from->iconvNames).front();
   const std::string iconvTo = wordsOf(row.to->iconvNames).front();
   match.entrants.push_back(
@@ -109,12 +113,25 @@ std::string measureRow(const Row& row, const std::string& text, unsigned int per
                        const Action& action, const Options& options) {
   const Match match = matchOf(row, text, options.targets.back(), action.ours, action.peers);
   const Result result = measure(match, std::min(options.repetitions, mostRepetitions));
-  const auto megabytes = [](double speed) { return format("%.0f", speed / 1e6); };
-  return tableRow({std::to_string(row.from->codePage), std::to_string(row.to->codePage),
-                   row.language->name, std::to_string(percentage), std::to_string(action.number),
-                   megabytes(result.best().speed), megabytes(result.glibc.speed),
-                   megabytes(result.icu.speed), asRatio(result.best().overIcu),
-                   asRatio(result.best().overGlibc), asRatio(result.best().overFaster())});
+  std::vector<std::string> cells = {std::to_string(row.from->codePage),
+                                    std::to_string(row.to->codePage),
+                                    row.language->name,
+                                    std::to_string(percentage),
+                                    std::to_string(action.number),
+                                    megabytes(result.best().speed),
+                                    megabytes(result.glibc.speed),
+                                    megabytes(result.icu.speed),
+                                    asRatio(result.best().overIcu),
+                                    asRatio(result.best().overGlibc),
+                                    asRatio(result.best().overFaster())};
+  if (result.text.empty()) {
+    cells.insert(cells.end(), {"-", "-", "-"});
+  } else {
+    const OurFigure& layer = result.text.front();
+    cells.insert(cells.end(), {megabytes(layer.speed), asRatio(layer.overConverter),
+                               asRatio(layer.overFaster())});
+  }
+  return tableRow(cells);
 }
 
 }  // namespace
@@ -138,7 +155,8 @@ Outcome measureErrors(const Options& options) {
   }
   if (outcome.markdown.empty()) return {};
   outcome.markdown = tableHead({"from", "to", "text", "wrong %", "action", "Quorvel MB/s",
-                                "glibc MB/s", "ICU MB/s", "x ICU", "x glibc", "x faster"},
+                                "glibc MB/s", "ICU MB/s", "x ICU", "x glibc", "x faster",
+                                "layer MB/s", "layer x EncConvert", "layer x faster"},
                                3) +
                      outcome.markdown;
   return outcome;

@@ -27,6 +27,8 @@ std::string tableRow(const std::vector<std::string>& cells) {
   return line + "\n";
 }
 
+std::string megabytes(double speed) { return speed > 0 ? format("%.0f", speed / 1e6) : "-"; }
+
 std::string asRatio(double ratio) { return std::isinf(ratio) ? "-" : format("%.2f", ratio); }
 
 }  // namespace quorvel::bench

@@ -14,6 +14,9 @@ std::string tableHead(const std::vector<std::string>& names, std::size_t numText
 
 std::string tableRow(const std::vector<std::string>& cells);
 
+/// A speed in millions of bytes per second; "-" for none.
+std::string megabytes(double speed);
+
 /// A ratio; "-" for an infinite one, which is that to a peer that takes no part.
 std::string asRatio(double ratio);
 

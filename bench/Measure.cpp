@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 #include "Timing.h"
 
@@ -41,6 +42,8 @@ bool haveChoice(const Entrants& entrants) {
   return numberOf(Library::glibc, entrants) > 1 || numberOf(Library::icu, entrants) > 1;
 }
 
+bool areOurs(Library library) { return library == Library::quorvel || library == Library::text; }
+
 // All of ours, and of each peer the fastest.
 Entrants finalists(const Match& match) {
   Entrants all;
@@ -51,7 +54,7 @@ Entrants finalists(const Match& match) {
   double fastest = 0;
   for (std::size_t i = 0; i < all.size(); ++i) {
     const double seconds = secondsOf(times, i);
-    const bool isOurs = all[i]->library == Library::quorvel;
+    const bool isOurs = areOurs(all[i]->library);
     const bool isFirst = isOurs || chosen.back()->library != all[i]->library;
     if (!isFirst && seconds >= fastest) continue;
     if (!isFirst) chosen.pop_back();
@@ -61,38 +64,65 @@ Entrants finalists(const Match& match) {
   return chosen;
 }
 
+// Who took part, and how long everybody took.
+class Race {
+ public:
+  Race(const Match& match, int repetitions)
+      : m_numBytes(match.numBytes()),
+        m_entrants(finalists(match)),
+        m_times(timesOf(m_entrants, match.texts, repetitions)) {}
+
+  Figure figureOf(Library peer) const {
+    const std::optional<std::size_t> i = lastOf(peer);
+    return i ? Figure{m_entrants[*i]->way, speed(*i)} : Figure{};
+  }
+
+  std::vector<OurFigure> figuresOf(Library ours) const {
+    std::vector<OurFigure> figures;
+    for (std::size_t i = 0; i < m_entrants.size(); ++i) {
+      if (m_entrants[i]->library != ours) continue;
+      figures.push_back({m_entrants[i]->way, speed(i), ratio(Library::quorvel, i),
+                         ratio(Library::glibc, i), ratio(Library::icu, i)});
+    }
+    return figures;
+  }
+
+ private:
+  double speed(std::size_t i) const {
+    return static_cast<double>(m_numBytes) / secondsOf(m_times, i);
+  }
+
+  double ratio(Library other, std::size_t i) const {
+    const std::optional<std::size_t> last = lastOf(other);
+    return last ? ratioOf(m_times, *last, i) : std::numeric_limits<double>::infinity();
+  }
+
+  // The only one of a peer, the best target of ours.
+  std::optional<std::size_t> lastOf(Library library) const {
+    std::optional<std::size_t> last;
+    for (std::size_t i = 0; i < m_entrants.size(); ++i) {
+      if (m_entrants[i]->library == library) last = i;
+    }
+    return last;
+  }
+
+  std::size_t m_numBytes;
+  Entrants m_entrants;
+  Times m_times;
+};
+
 }  // namespace
 
 double OurFigure::overFaster() const { return std::min(overGlibc, overIcu); }
 
 Result measure(const Match& match, int repetitions) {
-  const Entrants entrants = finalists(match);
-  const Times times = timesOf(entrants, match.texts, repetitions);
-  const auto speed = [&](std::size_t i) {
-    return static_cast<double>(match.numBytes()) / secondsOf(times, i);
-  };
-  constexpr double infinity = std::numeric_limits<double>::infinity();
-  Result result{match.row, match.numBytes(), {}, {}, {}};
-  for (std::size_t i = 0; i < entrants.size(); ++i) {
-    switch (entrants[i]->library) {
-      case Library::quorvel:
-        result.ours.push_back({entrants[i]->way, speed(i), infinity, infinity});
-        break;
-      case Library::glibc:
-        result.glibc = {entrants[i]->way, speed(i)};
-        for (std::size_t k = 0; k < result.ours.size(); ++k) {
-          result.ours[k].overGlibc = ratioOf(times, i, k);
-        }
-        break;
-      case Library::icu:
-        result.icu = {entrants[i]->way, speed(i)};
-        for (std::size_t k = 0; k < result.ours.size(); ++k) {
-          result.ours[k].overIcu = ratioOf(times, i, k);
-        }
-        break;
-    }
-  }
-  return result;
+  const Race race(match, repetitions);
+  return {match.row,
+          match.numBytes(),
+          race.figuresOf(Library::quorvel),
+          race.figuresOf(Library::text),
+          race.figureOf(Library::glibc),
+          race.figureOf(Library::icu)};
 }
 
 }  // namespace quorvel::bench

@@ -14,12 +14,13 @@ struct Figure {
   double speed = 0;  ///< bytes of source text per second, median
 };
 
-/// What we came to with the kernels of one target, and how many times faster
-/// that is than each of the peers; a peer that does not take part is infinitely
-/// slow.
+/// What we came to in one way, and how many times faster that is than each of the
+/// peers and than `EncodingConvert` as a user gets it; a peer that does not take part
+/// is infinitely slow.
 struct OurFigure {
-  std::string target;
+  std::string way;  ///< the target, or how quorvel/text is used
   double speed = 0;
+  double overConverter = 0;
   double overGlibc = 0;
   double overIcu = 0;
 
@@ -29,7 +30,8 @@ struct OurFigure {
 struct Result {
   Row row;
   std::size_t numBytes;         ///< of source text, in all
-  std::vector<OurFigure> ours;  ///< the plainest target first
+  std::vector<OurFigure> ours;  ///< `EncodingConvert`, the plainest target first
+  std::vector<OurFigure> text;  ///< quorvel/text, in the ways in which it takes part
   Figure glibc;
   Figure icu;
 

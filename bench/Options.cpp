@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "Contender.h"
+#include "Targets.h"
 
 namespace quorvel::bench {
 
@@ -13,11 +13,13 @@ namespace {
 constexpr const char* usage =
     "usage: quorvel_bench [--quick] [--tables=REGEX] [--rows=REGEX] [--bytes=N]\n"
     "                     [--repetitions=N] [--seconds=S] [--at-least=RATIO]\n"
-    "                     [--target=NAME] [--out=DIRECTORY]\n"
+    "                     [--text-at-least=RATIO] [--target=NAME] [--out=DIRECTORY]\n"
     "A row is named like \"932 to 65001, japanese\". With --at-least the exit status is 1\n"
-    "when a row is not that many times as fast as the faster of its peers. --target\n"
-    "says which of our kernels are measured, instead of all that the machine can run.\n"
-    "--quick takes every row of the table speed, in less than a minute, and --at-least=1.";
+    "when a row is not that many times as fast as the faster of its peers, with\n"
+    "--text-at-least when quorvel/text is not that many times as fast as EncodingConvert.\n"
+    "--target says which of our kernels are measured, instead of all that the machine can\n"
+    "run. --quick takes every row of the tables speed and text, in about a minute,\n"
+    "with limits.";
 
 std::string runnableTarget(const std::string& name) {
   const std::vector<std::string> targets = runnableTargets();
@@ -28,11 +30,12 @@ std::string runnableTarget(const std::string& name) {
 }
 
 void beQuick(Options& options) {
-  options.tables = "speed";
+  options.tables = "speed|text";
   options.bytes = 256u << 10;
   options.repetitions = 3;
   options.seconds = 0.004;
   options.atLeast = 1;
+  options.textAtLeast = 0.5;
 }
 
 void setOption(std::string_view name, const std::string& value, Options& options) {
@@ -48,6 +51,8 @@ void setOption(std::string_view name, const std::string& value, Options& options
     options.seconds = std::stod(value);
   } else if (name == "--at-least") {
     options.atLeast = std::stod(value);
+  } else if (name == "--text-at-least") {
+    options.textAtLeast = std::stod(value);
   } else if (name == "--target") {
     options.targets = {runnableTarget(value)};
   } else if (name == "--first-use") {

@@ -13,6 +13,7 @@ struct Options {
   int repetitions = 11;
   double seconds = 0.01;             ///< of each measurement, at least
   double atLeast = 0;                ///< the ratio to the faster peer that every row must reach
+  double textAtLeast = 0;            ///< the ratio of quorvel/text to EncodingConvert, likewise
   std::vector<std::string> targets;  ///< of our kernels, the plainest first
   std::string firstUse;              ///< what to print instead of tables, see `printFirstUse`
   std::string directory;             ///< where to write the tables, nowhere when empty

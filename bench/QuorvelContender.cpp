@@ -1,12 +1,11 @@
-// Our own conversions, with the kernels of one target; the only file that knows how these
-// are chosen.
+// Conversions by EncodingConvert.
 
-#include <stdexcept>
+#include <utility>
 
 #include "Contender.h"
 #include "Rows.h"
+#include "Targets.h"
 #include "quorvel/base/NullLog.h"
-#include "quorvel/kernel/Target.hpp"
 #include "quorvel/support/EncodingConvert.h"
 
 namespace quorvel::bench {
@@ -28,22 +27,15 @@ int actionFor(OnError onError) {
   return 0;
 }
 
-kernel::Target targetNamed(const std::string& name) {
-  for (const kernel::Target target : kernel::allTargets) {
-    if (name == kernel::nameOf(target) && kernel::canRun(target)) return target;
-  }
-  throw std::runtime_error("no kernels here are called " + name);
-}
-
 class QuorvelContender : public Contender {
  public:
-  QuorvelContender(int from, int to, kernel::Target target, OnError onError)
-      : m_from(from), m_to(to), m_target(target) {
+  QuorvelContender(int from, int to, std::string target, OnError onError)
+      : m_from(from), m_to(to), m_target(std::move(target)) {
     m_converter.setErrorAction(actionFor(onError));
     m_converter.setDefBytes(reinterpret_cast<const unsigned char*>("?\0"), to == utf16le ? 2 : 1);
   }
 
-  void getReady() override { kernel::setTarget(m_target); }
+  void getReady() override { useTarget(m_target); }
 
   // The result tells nothing: that of UTF-7 to UTF-16LE is false whatever
   // happened. What came out is compared with the peers' in any case.
@@ -61,7 +53,7 @@ class QuorvelContender : public Contender {
  private:
   int m_from;
   int m_to;
-  kernel::Target m_target;
+  std::string m_target;
   EncodingConvert m_converter;
   DataBuffer m_out;
   NullLog m_log;
@@ -69,17 +61,9 @@ class QuorvelContender : public Contender {
 
 }  // namespace
 
-std::vector<std::string> runnableTargets() {
-  std::vector<std::string> names;
-  for (const kernel::Target target : kernel::allTargets) {
-    if (kernel::canRun(target)) names.emplace_back(kernel::nameOf(target));
-  }
-  return names;
-}
-
 std::unique_ptr<Contender> makeQuorvel(int from, int to, const std::string& target,
                                        OnError onError) {
-  return std::make_unique<QuorvelContender>(from, to, targetNamed(target), onError);
+  return std::make_unique<QuorvelContender>(from, to, target, onError);
 }
 
 }  // namespace quorvel::bench

@@ -1,4 +1,5 @@
-// Many small texts, each converted by a call of its own.
+// Many small texts, each converted by a call of its own; quorvel/text also takes them as
+// pieces of one text.
 
 #include <algorithm>
 #include <iostream>
@@ -37,17 +38,22 @@ std::string nanoseconds(double speed, std::size_t numBytes, std::size_t numCalls
 }
 
 std::string measureRow(const Row& row, std::size_t size, const Options& options) {
-  const Match match = prepare(row, sourceSlices(row, size), options.targets);
+  Match match = prepare(row, sourceSlices(row, size), options.targets);
+  enterText({TextWay::pieces, TextWay::stream}, options.targets.back(), match);
   const Result result = measure(match, std::min(options.repetitions, mostRepetitions));
   const auto each = [&](double speed) {
     return speed > 0 ? nanoseconds(speed, match.numBytes(), match.texts.size()) : "-";
   };
   const OurFigure& plain = result.ours.front();
+  const OurFigure& layer = result.text.front();
+  const OurFigure& piece = result.text.back();
   return tableRow({std::to_string(row.from->codePage), std::to_string(row.to->codePage),
                    row.language->name, std::to_string(size), each(result.best().speed),
                    each(plain.speed), each(result.glibc.speed), each(result.icu.speed),
                    asRatio(result.best().overIcu), asRatio(result.best().overGlibc),
-                   asRatio(result.best().overFaster()), asRatio(plain.overFaster())});
+                   asRatio(result.best().overFaster()), asRatio(plain.overFaster()),
+                   each(layer.speed), each(piece.speed), asRatio(layer.overConverter),
+                   asRatio(piece.overConverter), asRatio(layer.overFaster())});
 }
 
 }  // namespace
@@ -68,7 +74,8 @@ Outcome measureSmall(const Options& options) {
   if (outcome.markdown.empty()) return {};
   outcome.markdown =
       tableHead({"from", "to", "text", "bytes", "Quorvel ns", plainest + " ns", "glibc ns",
-                 "ICU ns", "x ICU", "x glibc", "x faster", plainest + " x faster"},
+                 "ICU ns", "x ICU", "x glibc", "x faster", plainest + " x faster", "layer ns",
+                 "piece ns", "layer x EncConvert", "piece x EncConvert", "layer x faster"},
                 3) +
       outcome.markdown;
   return outcome;

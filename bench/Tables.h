@@ -18,6 +18,7 @@ struct Outcome {
 /// whose names match `options.rows` and tells on standard error how far it is.
 /// Throws `std::runtime_error` when something cannot be measured.
 Outcome measureSpeed(const Options& options);
+Outcome measureText(const Options& options);
 Outcome measureSmall(const Options& options);
 Outcome measureErrors(const Options& options);
 Outcome measureFirstUses(const Options& options);

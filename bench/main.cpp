@@ -23,10 +23,8 @@ struct Table {
 };
 
 constexpr Table tables[] = {
-    {"speed", measureSpeed},
-    {"small", measureSmall},
-    {"errors", measureErrors},
-    {"first-use", measureFirstUses},
+    {"speed", measureSpeed},   {"text", measureText},           {"small", measureSmall},
+    {"errors", measureErrors}, {"first-use", measureFirstUses},
 };
 
 std::string processorName() {

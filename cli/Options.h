@@ -1,29 +1,31 @@
 #pragma once
 
-#include <stdexcept>
+#include <optional>
 #include <string>
-#include <vector>
+
+#include "cli/Check.h"
+#include "cli/Conversion.h"
+#include "cli/FileList.h"
+#include "cli/WrongUse.h"
 
 namespace qvconv {
 
+/// What the command is to do; Modes.cpp has the function of each.
+enum class Mode { convert, check, list, help, version };
+
 /// What the command line asks for.
 struct Options {
-  std::string information;         ///< a text to print instead of converting: help, version, list
-  std::string from;                ///< the source encoding as the user names it
-  std::string to;                  ///< the destination encoding likewise
-  int fromCodePage = 0;            ///< its number
-  int toCodePage = 0;              ///< its number
-  std::string output;              ///< where to write; empty for standard output
-  std::vector<std::string> files;  ///< what to read, at least one; "-" for standard input
+  Mode mode = Mode::convert;
+  Rules rules;                                 ///< what is converted, and how
+  CheckRules check;                            ///< what is checked, and how
+  FileArguments files;                         ///< what to read
+  std::string output;                          ///< the one file to write; empty for standard output
+  std::optional<std::string> inPlaceSuffix;    ///< each file is replaced; may be empty
+  std::optional<std::string> outputDirectory;  ///< each file goes there
+  unsigned int numJobs = 1;
 };
 
-/// A command line that cannot be carried out; `what()` says why in one line.
-class WrongUse : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-/// Reads the command line. Throws `WrongUse`.
+/// Reads the command line, in the locale that the program has set. Throws `WrongUse`.
 Options readOptions(int argc, const char* const* argv);
 
 }  // namespace qvconv

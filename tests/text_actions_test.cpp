@@ -70,9 +70,11 @@ TEST(TextActions, StopForOneKindAndGoOnForTheOther) {
   expect({65001, 20127, "61 C3 A9 62 FF 63", "61 62"}, rules);
 }
 
-TEST(TextActions, StopWithoutWhatWouldEndTheText) {
-  expect({65001, 50220, "E3 81 82 C3 A9", "1B 24 42 24 22"}, {});
-  expect({65001, 50225, "EA B0 80 C3 A9", "1B 24 29 43 0E 30 21"}, {});
+TEST(TextActions, StopBehindAWholeText) {
+  expect({65001, 50220, "E3 81 82 C3 A9", "1B 24 42 24 22 1B 28 42"}, {});
+  expect({65001, 50225, "EA B0 80 C3 A9", "1B 24 29 43 0E 30 21 0F"}, {});
+  // All bits of U+3042.
+  expect({65001, 65000, "E3 81 82 FF", "2B 4D 45 49 2D"}, {});
   expect({65001, 50220, "C3 A9", ""}, {});
   expect({65001, 50225, "C3 A9", ""}, {});
 }

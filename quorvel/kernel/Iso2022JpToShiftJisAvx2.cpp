@@ -48,7 +48,7 @@ inline Position copyAscii(Position at, const unsigned char* end) {
   while (end - at.in >= halfLength) {
     const __m256i bytes = load(at.in);
     store(bytes, at.out);
-    const std::ptrdiff_t length = bytesBefore(highBits(areSwitches(bytes)));
+    const std::ptrdiff_t length = bytesBefore(highBits(_mm256_or_si256(bytes, areSwitches(bytes))));
     at = {at.in + length, at.out + length};
     if (length != halfLength) break;
   }

@@ -42,23 +42,27 @@ const unsigned char* takeSwitch(const unsigned char* in, const unsigned char* en
   return in + designation->sequence.size();
 }
 
-// Whether `byte` belongs to the set itself. What the others have no characters for
-// is ASCII.
-bool isOf(JapaneseSet set, unsigned char byte) {
+// Controls that are the same in all sets and change nothing.
+bool isPlainControl(unsigned char byte) {
+  return byte < highBit && !isGraphic(byte) && !iso2022::isLineEnd(byte);
+}
+
+Position readSet(JapaneseSet set, Position at, const unsigned char* end) {
   switch (set) {
     case JapaneseSet::kanji:
-      return isGraphic(byte);
+      return readKanji(at, end);
     case JapaneseSet::katakana:
-      return jis::isKatakana(byte);
+      return readKatakana(at, end);
     case JapaneseSet::ascii:
       break;
   }
-  return true;
+  return copyText(at, end);
 }
 
-Stop whyNotTaken(const unsigned char* in, const unsigned char* end) {
-  const bool isCutOff =
-      *in == iso2022::escape ? jis::isDesignationCutOff({in, end}) : end - in == 1 && *in < highBit;
+Stop whyNotTaken(const unsigned char* in, const unsigned char* end, JapaneseSet set) {
+  const bool isCutOff = *in == iso2022::escape
+                            ? jis::isDesignationCutOff({in, end})
+                            : end - in == 1 && set == JapaneseSet::kanji && isGraphic(*in);
   return isCutOff ? Stop::cutOff : Stop::met;
 }
 
@@ -69,17 +73,14 @@ Progress iso2022JpToShiftJis(const unsigned char* in, const unsigned char* end, 
   Position at{in, out};
   while (at.in != end) {
     const unsigned char* begin = at.in;
-    const JapaneseSet set = state.isShifted ? JapaneseSet::katakana : state.designated;
     if (isSwitch(*at.in)) {
       at.in = takeSwitch(at.in, end, state);
-    } else if (!isOf(set, *at.in) && *at.in < highBit) {
+    } else if (state.inUse() != JapaneseSet::ascii && isPlainControl(*at.in)) {
       *at.out++ = *at.in++;
     } else {
-      at = set == JapaneseSet::kanji      ? readKanji(at, end)
-           : set == JapaneseSet::katakana ? readKatakana(at, end)
-                                          : copyBytes(at, end);
+      at = readSet(state.inUse(), at, end);
     }
-    if (at.in == begin) return {at.in, at.out, whyNotTaken(at.in, end)};
+    if (at.in == begin) return {at.in, at.out, whyNotTaken(at.in, end, state.inUse())};
   }
   return {at.in, at.out, Stop::end};
 }

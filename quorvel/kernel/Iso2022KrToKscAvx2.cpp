@@ -47,6 +47,12 @@ inline __m256i withHighBits(__m256i bytes, unsigned int mask) {
   return _mm256_or_si256(bytes, _mm256_and_si256(bytesOf(mask), everyByte(0x80)));
 }
 
+// CR and LF, SO and SI, and the four controls that have all but the lowest three bits in
+// common with them.
+inline __m256i haveEndOfLine(__m256i bytes) {
+  return areEqual(_mm256_or_si256(bytes, everyByte(7)), 0x0F);
+}
+
 // Takes the block at `at.in`, but for a pair that its end cuts off; or nothing.
 inline Position takeBlock(const Position& at, bool& isShifted) {
   const Block block = loadBlock(at.in);
@@ -54,6 +60,7 @@ inline Position takeBlock(const Position& at, bool& isShifted) {
   const std::uint64_t escapes =
       maskOf(block, [](__m256i bytes) { return areEqual(bytes, iso2022::escape); });
   const std::uint64_t shifts = maskOf(block, areShifts);
+  const std::uint64_t mayEndLines = maskOf(block, haveEndOfLine) & ~shifts;
   const std::uint64_t outs =
       maskOf(block, [](__m256i bytes) { return areEqual(bytes, iso2022::shiftOut); });
   const std::uint64_t graphic =
@@ -65,7 +72,7 @@ inline Position takeBlock(const Position& at, bool& isShifted) {
   const std::uint64_t alone = leadsOf(hangul) & ~(hangul >> 1);
   // Shifts to the set that is in use anyway are not counted here.
   const std::uint64_t faults =
-      escapes | (highs & shifted) | ((shifted ^ outs) & shifts) | (alone & ~lastBit);
+      escapes | highs | (mayEndLines & shifted) | ((shifted ^ outs) & shifts) | (alone & ~lastBit);
   if (faults != 0) return at;
 
   const std::uint64_t kept = ~shifts;

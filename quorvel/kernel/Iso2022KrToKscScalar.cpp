@@ -26,7 +26,7 @@ Progress iso2022KrToKsc(const unsigned char* in, const unsigned char* end, unsig
                         bool& isShifted) {
   Position at{in, out};
   while (at.in != end) {
-    at = isShifted ? readHangul(at, end) : copyBytes(at, end);
+    at = isShifted ? readHangul(at, end) : copyText(at, end);
     if (at.in == end) break;
     const unsigned char byte = *at.in;
     const iso2022::Bytes rest(at.in, end);
@@ -38,8 +38,8 @@ Progress iso2022KrToKsc(const unsigned char* in, const unsigned char* end, unsig
     } else if (isSwitch(byte)) {
       isShifted = byte == iso2022::shiftOut;
       ++at.in;
-    } else if (isGraphic(byte) || byte >= highBit) {
-      return stopInFrontOf(at, byte < highBit && rest.size() == 1);
+    } else if (isGraphic(byte) || byte >= highBit || iso2022::isLineEnd(byte)) {
+      return stopInFrontOf(at, isGraphic(byte) && rest.size() == 1);
     } else {
       *at.out++ = *at.in++;
     }

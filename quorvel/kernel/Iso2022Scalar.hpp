@@ -54,9 +54,4 @@ inline Position copyText(Position at, const unsigned char* end) {
   return copyUpTo(at, end, [](unsigned char byte) { return byte >= highBit || isSwitch(byte); });
 }
 
-/// As `copyText`, and bytes above 7F too.
-inline Position copyBytes(Position at, const unsigned char* end) {
-  return copyUpTo(at, end, isSwitch);
-}
-
 }  // namespace quorvel::kernel::scalar

@@ -19,6 +19,8 @@ enum class JapaneseSet { ascii, katakana, kanji };
 struct Iso2022JpReading {
   JapaneseSet designated = JapaneseSet::ascii;
   bool isShifted = false;
+
+  JapaneseSet inUse() const { return isShifted ? JapaneseSet::katakana : designated; }
   bool operator==(const Iso2022JpReading&) const = default;
 };
 

@@ -21,6 +21,8 @@ constexpr bool isSwitch(unsigned char byte) {
   return byte == shiftOut || byte == shiftIn || byte == escape;
 }
 
+constexpr bool isLineEnd(unsigned char byte) { return byte == '\r' || byte == '\n'; }
+
 /// Whether `text` begins with a sequence that announces a set, known or not: an
 /// escape and an intermediate byte (ISO/IEC 2022). Others, such as those that
 /// colour a terminal, are text.

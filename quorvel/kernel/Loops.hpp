@@ -68,6 +68,14 @@ struct Loops {
   /// too, and it stops in front of every lone surrogate.
   Loop& utf16ToUtf8Strictly;
 
+  /// As much room as input, which it may be. Takes characters, and stops in front of
+  /// every surrogate that is no half of a pair.
+  Loop& utf16ToUtf16;
+
+  /// The same into the other byte order and out of it, elsewhere than the input.
+  Loop& utf16ToUtf16Be;
+  Loop& utf16BeToUtf16;
+
   /// As `utf8ToUtf16`, with four bytes of room for each input byte.
   Loop& utf8ToUtf32;
 
@@ -96,9 +104,9 @@ struct Loops {
   // --- ISO-2022 (Iso2022State.hpp, Jis.hpp) -----------------------------------
 
   /// As much room as input. Takes SO and SI, the designations of ASCII, JIS-Roman,
-  /// both editions of the kanji set and katakana, ASCII, katakana, and kanji
-  /// outside rows 89 to 92; any byte in ASCII. Stops at other escapes and at what
-  /// the set in use has no character for.
+  /// both editions of the kanji set and katakana, ASCII, katakana, kanji outside rows
+  /// 89 to 92, and in all sets controls, but line ends in ASCII only. Stops at other
+  /// escapes, at bytes above 7F and at what the set in use has no character for.
   StatefulLoop<Iso2022JpReading>& iso2022JpToShiftJis;
 
   /// Four bytes of room for each input byte. Takes ASCII but SO, SI and escapes,
@@ -106,8 +114,9 @@ struct Loops {
   StatefulLoop<JapaneseSet>& shiftJisToIso2022Jp;
 
   /// As much room as input; the state is whether SO is in force. Takes SO and SI,
-  /// the announcement of the set, ASCII, pairs, and any byte above 7F where no SO
-  /// is in force. Stops at other escapes and where half a pair stands alone.
+  /// the announcement of the set, ASCII, pairs, and in both sets controls, but line ends
+  /// in ASCII only. Stops at other escapes, at bytes above 7F and where half a pair stands
+  /// alone.
   StatefulLoop<bool>& iso2022KrToKsc;
 
   /// Two bytes of room for each input byte. Takes ASCII but SO, SI and escapes,
@@ -130,6 +139,9 @@ Loop utf8ToUtf16;
 Loop utf16ToUtf8;
 Loop utf16ToUtf8WithoutPairs;
 Loop utf16ToUtf8Strictly;
+Loop utf16ToUtf16;
+Loop utf16ToUtf16Be;
+Loop utf16BeToUtf16;
 Loop utf8ToUtf32;
 Loop utf32ToUtf8;
 TableLoop<BytesToUnits> bytesToUnits;
@@ -156,6 +168,9 @@ Loop utf8ToUtf16;
 Loop utf16ToUtf8;
 Loop utf16ToUtf8WithoutPairs;
 Loop utf16ToUtf8Strictly;
+Loop utf16ToUtf16;
+Loop utf16ToUtf16Be;
+Loop utf16BeToUtf16;
 Loop utf8ToUtf32;
 Loop utf32ToUtf8;
 TableLoop<BytesToUnits> bytesToUnits;

@@ -1,5 +1,6 @@
 #include "quorvel/text/Codecs.hpp"
 
+#include "quorvel/kernel/Target.hpp"
 #include "quorvel/pages/CharacterTables.hpp"
 #include "quorvel/pages/CodePageNumbers.hpp"
 #include "quorvel/pages/CodePages.hpp"
@@ -40,6 +41,9 @@ bool isTransformation(Encoding encoding) {
   return isWide(encoding) || encoding.number() == codePageUtf8;
 }
 
+// The loop to UTF-7 takes any unit.
+bool stopsAtLoneSurrogates(Encoding encoding) { return encoding.number() != codePageUtf7; }
+
 std::unique_ptr<Decoder> makeDecoder(Encoding encoding) {
   const int number = encoding.number();
   switch (encoding.kind()) {
@@ -72,6 +76,13 @@ std::unique_ptr<Encoder> makeEncoder(Encoding encoding) {
       break;
   }
   return makePageEncoder(writingTable(number));
+}
+
+DirectLoop directLoop(Encoding from, Encoding to) {
+  const kernel::Loops& loops = kernel::loops();
+  if (from == Encoding::utf8() && isLittleEndianUtf32(to)) return {&loops.utf8ToUtf32, 4};
+  if (isLittleEndianUtf32(from) && to == Encoding::utf8()) return {&loops.utf32ToUtf8, 1};
+  return {nullptr, 0};
 }
 
 }  // namespace quorvel::text

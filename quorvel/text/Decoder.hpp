@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 /// One direction of one encoding, without any policy: a decoder makes UTF-16LE of a
 /// text and stops in front of the first thing that is no character, an encoder makes
@@ -59,6 +60,11 @@ class Decoder {
   State state() const { return m_state; }
   void restore(State state) { m_state = state; }
 
+  /// How many bytes in front of the next one have meant nothing yet, or only a part of
+  /// what they are for: behind them a text cannot be cut. `state` is that in front of the
+  /// next one.
+  virtual unsigned int heldBack(State) const { return 0; }
+
   /// How many bytes in front of the next one belong to the character decoded last,
   /// where that is not all since the one before it. 0 where it is.
   virtual unsigned int lastLength() const { return 0; }
@@ -111,6 +117,14 @@ class Encoder {
   /// The same for what `character` is written as where only its looks matter. Null
   /// when there is nothing of the kind.
   virtual unsigned char* encodeLookalike(char32_t, unsigned char*) { return nullptr; }
+
+  /// Goes on behind text of the same encoding that was copied. `state` is that of its
+  /// reader, and `held` are the bytes that the reader holds back: they are not copied.
+  virtual void follow(Decoder::State, std::span<const unsigned char>) {}
+
+  /// Writes what it takes until text of the same encoding may be copied that a reader in
+  /// `state` goes on with; null where no such thing will do.
+  virtual unsigned char* comeInStepWith(Decoder::State, unsigned char* out) { return out; }
 
   /// Writes what leads back to the state of the beginning, so that bytes of any meaning
   /// may stand behind it.

@@ -90,11 +90,13 @@ Transcoder::Engine::Side Transcoder::Engine::sideFor(Encoding encoding) const {
   const bool isKept = m_options.lineEnds == LineEnds::keep;
   Way way = Way::pivot;
   if (isSame(encoding, m_to) && isKept) {
-    if (!encoding.keepsState()) way = Way::copy;
+    way = Way::copy;
   } else if (m_to == Encoding::utf16le()) {
     way = Way::decodeOnly;
-  } else if (encoding == Encoding::utf16le() && !m_to.keepsState() && isKept) {
+  } else if (encoding == Encoding::utf16le() && stopsAtLoneSurrogates(m_to) && isKept) {
     way = Way::encodeOnly;
+  } else if (directLoop(encoding, m_to).loop && isKept) {
+    way = Way::direct;
   }
   return {encoding, withLineEnds(makeDecoder(encoding), encoding, m_options.lineEnds), way};
 }
@@ -108,6 +110,7 @@ void Transcoder::Engine::reset() {
   m_report = {};
   m_memory = {};
   m_isMarkSettled = m_options.keepsMark || markOf(m_from).empty();
+  m_isInStep = true;
   m_isFinished = false;
 }
 
@@ -140,13 +143,14 @@ Transcoder::Engine::Pause Transcoder::Engine::convertWindows(Source& source) {
     if (m_report.stopped) return Pause::stopped;
     if (m_isFinished) return Pause::input;
     const Window window = source.window();
+    if (window.begin != window.end && m_outlet.room() == 0) return Pause::room;
     const Advance advanced = convertWindow(window);
     source.use(window, advanced.in, advanced.why == Pause::input);
     // What waits may still be written, in front of a stop too.
     if (advanced.why == Pause::room) return Pause::room;
     if (advanced.why != Pause::input || source.hasMore()) continue;
     if (!window.isLast) return Pause::input;
-    m_outlet.waitForEnd();
+    if (m_sides[m_side].way != Way::copy || !m_isInStep) m_outlet.waitForEnd();
     m_isFinished = true;
   }
 }
@@ -204,10 +208,12 @@ Transcoder::Engine::Advance Transcoder::Engine::advance(const Window& window) {
       return encodeFromWindow(window);
     case Way::copy:
       return copyDecoded(window);
+    case Way::direct:
+      return convertDirectly(window);
     case Way::pivot:
       break;
   }
-  return decodeAndEncode(window);
+  return decodeAndEncode(window, partToDecode(window));
 }
 
 // --- The four ways -----------------------------------------------------------
@@ -242,32 +248,114 @@ Transcoder::Engine::Advance Transcoder::Engine::encodeFromWindow(const Window& w
   // What the encoder has left may be half of something.
   const Decoded next = decodeOne(decoder(), {place.in, window.end, window.isLast, m_block, {}});
   if (next.out == m_block) return afterDecoding(window, window, next);
+  return loseNext(window, place, next);
+}
+
+Transcoder::Engine::Advance Transcoder::Engine::loseNext(const Window& window, const Place& place,
+                                                         const Decoded& next) {
   const Pause pause = loseCharacter(window, place, {next.in, decoder().state(), next.out});
   return {pause == Pause::stopped ? place.in : next.in, pause};
 }
 
 Transcoder::Engine::Advance Transcoder::Engine::copyDecoded(const Window& window) {
-  // Where the room is short, a character at a time may have to wait for more.
-  constexpr std::size_t shortRoom = 64;
-  const bool isShort = m_outlet.room() < shortRoom;
-  Window part = window;
-  if (!isShort) part = firstOf(window, std::min(m_outlet.room(), bytesPerBlock));
-  const DecoderJob job{part.begin, part.end, part.isLast, m_block,
-                       isShort ? m_block + 4 : std::end(m_block)};
-  const Decoded decoded = isShort ? decodeOne(decoder(), job) : decoder().decode(job);
-  const std::span<const unsigned char> copied(window.begin, decoded.in);
-  if (copied.size() <= m_outlet.room()) {
-    m_outlet.out = std::copy(copied.begin(), copied.end(), m_outlet.out);
-  } else {
-    m_outlet.wait(copied);
+  if (!m_isInStep)
+    return mayCopyFrom(window) ? Advance{window.begin, Pause::again} : encodeNext(window);
+  // What a few bytes become can wait for more room.
+  constexpr std::size_t few = 24;
+  const std::size_t room = m_outlet.room();
+  const Window part = firstOf(window, room < 2 * few ? few : std::min(room - few, bytesPerBlock));
+  const Place start = here(window.begin);
+  const Decoded decoded =
+      decoder().decode({part.begin, part.end, part.isLast, m_block, std::end(m_block)});
+  const Place end = {decoded.in, decoder().state(), decoded.out};
+  if (decoded.why != DecoderStop::malformed || !m_to.keepsState()) {
+    copyUpTo(window, start.state, end);
+    return afterDecoding(window, part, decoded);
   }
+  const Place last = lastCopied(window, start, end, decoded);
+  copyUpTo(window, start.state, last);
+  unsigned char held[Source::mostCarried];
+  const unsigned int numHeld = decoder().heldBack(last.state);
+  for (unsigned int i = 0; i < numHeld; ++i) {
+    held[i] = byteAt(window, last.in - window.begin - std::ptrdiff_t{numHeld} + std::ptrdiff_t{i});
+  }
+  m_encoder->follow(last.state, std::span(held, numHeld));
+  m_isInStep = false;
+  decoder().restore(end.state);
   return afterDecoding(window, part, decoded);
 }
 
-Transcoder::Engine::Advance Transcoder::Engine::decodeAndEncode(const Window& window) {
-  // For little room a small part will do: what does not fit is decoded again.
-  constexpr std::size_t fewest = 64;
-  const Window part = firstOf(window, std::min(std::max(m_outlet.room(), fewest), bytesPerBlock));
+// Copies what has not been copied yet, of the window and of what was held back in front of
+// it, but for what is held back now.
+void Transcoder::Engine::copyUpTo(const Window& window, Decoder::State from, const Place& to) {
+  std::ptrdiff_t at = -static_cast<std::ptrdiff_t>(decoder().heldBack(from));
+  const std::ptrdiff_t end =
+      to.in - window.begin - static_cast<std::ptrdiff_t>(decoder().heldBack(to.state));
+  unsigned char waiting[4 * Source::mostCarried];
+  const bool mustWait = end - at > static_cast<std::ptrdiff_t>(m_outlet.room());
+  unsigned char* out = mustWait ? waiting : m_outlet.out;
+  unsigned char* begin = out;
+  for (; at < std::min<std::ptrdiff_t>(end, 0); ++at) *out++ = byteAt(window, at);
+  if (at < end) out = std::copy(window.begin + at, window.begin + end, out);
+  if (mustWait) {
+    m_outlet.wait(std::span<const unsigned char>(begin, out));
+  } else {
+    m_outlet.out = out;
+  }
+}
+
+// Up to where a text with a loss behind it is to be copied. What reaches back begins behind
+// the last character; else what stands between that and the loss is copied too, and
+// something that only the loss has ended is not ended where that is left out.
+Transcoder::Engine::Place Transcoder::Engine::lastCopied(const Window& window, const Place& start,
+                                                         const Place& end, const Decoded& decoded) {
+  const Place last = decoded.out == m_block ? start : find(window, start, decoded.out);
+  return decoded.back == 0 && last.in != end.in ? end : last;
+}
+
+// Brings the output to where text behind a loss may be copied again. That is decided by
+// nothing but the state and the next byte, so that it does not matter how the text is cut;
+// above 7F there is another loss.
+bool Transcoder::Engine::mayCopyFrom(const Window& window) {
+  if (window.begin == window.end || *window.begin >= 0x80) return false;
+  unsigned char bytes[Encoder::mostBytes];
+  const unsigned char* end = m_encoder->comeInStepWith(decoder().state(), bytes);
+  if (!end) return false;
+  m_outlet.wait(std::span<const unsigned char>(bytes, end));
+  m_isInStep = true;
+  return true;
+}
+
+// One character behind a loss.
+Transcoder::Engine::Advance Transcoder::Engine::encodeNext(const Window& window) {
+  const Place place = here(window.begin);
+  const Decoded next =
+      decodeOne(decoder(), {window.begin, window.end, window.isLast, m_block, nullptr});
+  if (next.out == m_block) return afterDecoding(window, window, next);
+  const char32_t character = readCharacter(m_block, next.out).character;
+  if (!hasPlace(character, *m_encoder)) return loseNext(window, place, next);
+  m_outlet.waitEncoded(character);
+  return {next.in, Pause::again};
+}
+
+// What the loop does not take goes the long way, a few characters at a time.
+Transcoder::Engine::Advance Transcoder::Engine::convertDirectly(const Window& window) {
+  const DirectLoop direct = directLoop(m_sides[m_side].encoding, m_to);
+  const auto fits = static_cast<std::ptrdiff_t>(m_outlet.room()) / direct.mostPerByte;
+  const unsigned char* stop = window.begin + std::min(window.end - window.begin, fits);
+  const Progress progress = direct.loop(window.begin, stop, m_outlet.out);
+  m_outlet.out = progress.out;
+  if (progress.in == window.begin) return decodeAndEncode(window, firstOf(window, fewestToDecode));
+  return {progress.in, progress.in == window.end ? Pause::input : Pause::again};
+}
+
+// For little room a small part will do: what does not fit is decoded again.
+Window Transcoder::Engine::partToDecode(const Window& window) const {
+  return firstOf(window, std::min(std::max(m_outlet.room(), fewestToDecode), bytesPerBlock));
+}
+
+Transcoder::Engine::Advance Transcoder::Engine::decodeAndEncode(const Window& window,
+                                                                const Window& part) {
   const Place start = here(window.begin);
   const Decoded decoded =
       decoder().decode({part.begin, part.end, part.isLast, m_block, std::end(m_block)});
@@ -407,6 +495,8 @@ Transcoder::Engine::Pause Transcoder::Engine::lose(const Loss& loss, Action acti
   if (action == Action::stop) {
     m_report.stopped = true;
     m_report.bytesRead = loss.offset;
+    // What came before is a whole text.
+    m_outlet.waitForEnd();
     return Pause::stopped;
   }
   m_replacement.write(action, loss, m_sides[m_side].encoding, m_outlet);
@@ -434,11 +524,14 @@ Loss Transcoder::Engine::lossAt(const Window& window, std::ptrdiff_t at,
   loss.offset = window.offset + static_cast<std::uint64_t>(at);
   loss.length = std::min(length, static_cast<unsigned int>(Loss::mostBytes));
   for (unsigned int i = 0; i < loss.length; ++i) {
-    const std::ptrdiff_t before = -(at + static_cast<std::ptrdiff_t>(i));
-    loss.storage[i] = before > 0 ? m_source->byteBefore(static_cast<std::size_t>(before))
-                                 : window.begin[at + static_cast<std::ptrdiff_t>(i)];
+    loss.storage[i] = byteAt(window, at + static_cast<std::ptrdiff_t>(i));
   }
   return loss;
+}
+
+// Of the window, or in front of it what is kept.
+unsigned char Transcoder::Engine::byteAt(const Window& window, std::ptrdiff_t at) const {
+  return at < 0 ? m_source->byteBefore(static_cast<std::size_t>(-at)) : window.begin[at];
 }
 
 void Transcoder::Engine::count(const Loss& loss) {

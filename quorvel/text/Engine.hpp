@@ -28,9 +28,11 @@ namespace quorvel::text {
 /// place, with room for just as many units. That costs nothing while nothing is lost,
 /// and needs no table of places.
 ///
-/// Three shorter ways leave a step out: the decoder writes into the room itself, the
-/// encoder reads the window itself, or, between equal encodings, what has been
-/// decoded is copied.
+/// Four shorter ways leave steps out: the decoder writes into the room itself, the
+/// encoder reads the window itself, one loop does the work of both as far as the text is
+/// well-formed, or, between equal encodings, what has been decoded is copied. Where these keep
+/// a state, what follows a loss is encoded where the output cannot be brought to the state of
+/// the source.
 class Transcoder::Engine {
  public:
   Engine(Encoding from, Encoding to, Options options);
@@ -43,7 +45,7 @@ class Transcoder::Engine {
   Encoding to() const { return m_to; }
 
  private:
-  enum class Way { pivot, decodeOnly, encodeOnly, copy };
+  enum class Way { pivot, direct, decodeOnly, encodeOnly, copy };
 
   /// How a source is read: as it was named, or in the byte order of its mark.
   struct Side {
@@ -72,6 +74,7 @@ class Transcoder::Engine {
   };
 
   Side sideFor(Encoding encoding) const;
+  Window partToDecode(const Window& window) const;
   Decoder& decoder() { return *m_sides[m_side].decoder; }
 
   Pause convertWindows(Source& source);
@@ -83,7 +86,14 @@ class Transcoder::Engine {
   Advance decodeIntoRoom(const Window& window);
   Advance encodeFromWindow(const Window& window);
   Advance copyDecoded(const Window& window);
-  Advance decodeAndEncode(const Window& window);
+  Place lastCopied(const Window& window, const Place& start, const Place& end,
+                   const Decoded& decoded);
+  void copyUpTo(const Window& window, Decoder::State from, const Place& to);
+  bool mayCopyFrom(const Window& window);
+  Advance encodeNext(const Window& window);
+  Advance loseNext(const Window& window, const Place& place, const Decoded& next);
+  Advance convertDirectly(const Window& window);
+  Advance decodeAndEncode(const Window& window, const Window& part);
   Advance encodeBlock(const Window& window, const Window& part, const Place& start,
                       const Decoded& decoded);
   Advance encodeNextInto(const Window& window, const Place& place);
@@ -98,6 +108,7 @@ class Transcoder::Engine {
   Decoded withPreservedForm(const Window& window, Decoded decoded) const;
   Pause lose(const Loss& loss, Action action);
   std::optional<Action> ask(const Loss& loss);
+  unsigned char byteAt(const Window& window, std::ptrdiff_t at) const;
   Loss lossAt(const Window& window, std::ptrdiff_t at, unsigned int length) const;
   void count(const Loss& loss);
 
@@ -114,8 +125,10 @@ class Transcoder::Engine {
   Source::Memory m_memory;
   const Source* m_source = nullptr;  // of the call
   bool m_isMarkSettled = false;
+  bool m_isInStep = true;  // what has been written is what has been read, where that is copied
   bool m_isFinished = false;
 
+  static constexpr std::size_t fewestToDecode = 64;
   static constexpr std::size_t bytesPerBlock = 8192;
   // A byte makes one unit at most, unless line ends become longer; then more parts do.
   unsigned char m_block[2 * bytesPerBlock];

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <span>
 
-#include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Iso2022Text.hpp"
 #include "quorvel/kernel/Jis.hpp"
 #include "quorvel/kernel/Target.hpp"
@@ -27,8 +26,6 @@ const kernel::PairsToUnits& pairsOf(const ReadingTable& reading) {
   return static_cast<const PairsToUnicode&>(*reading.table).flat;
 }
 
-constexpr bool isLineEnd(unsigned char byte) { return byte == '\r' || byte == '\n'; }
-
 // What stands at one position: a character or a loss as in `Stepped`, or something
 // that only switches sets, of so many bytes.
 struct Meaning {
@@ -40,39 +37,48 @@ Meaning switchOf(std::size_t length) {
   return {{Stepped::Kind::character, static_cast<unsigned int>(length)}, true};
 }
 
-// Whether the window ends inside of what may become `sequence`.
-bool isCutOff(Bytes text, std::string_view sequence) {
-  return text.size() < sequence.size() &&
-         iso2022::startsWith(text, sequence.substr(0, text.size()));
-}
-
-// Plain text of the window: ASCII that switches nothing.
-Position widenText(const unsigned char* in, const unsigned char* stop, unsigned char* out) {
-  while (stop - in >= runLength) {
-    const std::uint64_t bytes = loadRun(in);
-    if (((bytes | (bytes - 0x20 * inEachByte)) & 0x80 * inEachByte) != 0) break;
-    widenRun(in, out);
-    in += runLength;
-    out += 2 * runLength;
+// Decodes by `read(in, end, out)`, the loop to the 8-bit encoding, and the one from there,
+// a stretch at a time that begins short: one with a pair that means nothing is done over
+// step by step, which `slowUntil` is for.
+template <typename Read>
+Position decodeInTwo(const kernel::PairsToUnits& flat, Position at, const unsigned char* end,
+                     Decoder::State& state, const Read& read, const unsigned char*& slowUntil) {
+  constexpr std::ptrdiff_t longest = 4096;
+  unsigned char scratch[longest];
+  for (std::ptrdiff_t length = 64; at.in != end; length = std::min(4 * length, longest)) {
+    const unsigned char* stop = at.in + std::min(end - at.in, length);
+    const Decoder::State before = state;
+    const Progress first = read(at.in, stop, scratch);
+    const Progress second =
+        kernel::loops().pairsToUnits(flat, scratch, first.out, first.out, at.out);
+    if (second.in != first.out) {
+      state = before;
+      slowUntil = first.in;
+      break;
+    }
+    const bool isStuck = first.why == Stop::met || first.in == at.in;
+    at = {first.in, second.out};
+    if (isStuck) break;
   }
-  while (in < stop && *in < 0x80 && !iso2022::isSwitch(*in)) out = putUnit(*in++, out);
-  return {in, out};
+  return at;
 }
 
 // A decoder of this family: `Self` says what stands at a position and has a loop for
-// long stretches of one set.
+// long stretches.
 template <typename Self>
 class Iso2022Decoder : public Decoder {
  public:
   Decoded decode(const DecoderJob& job) override {
     const unsigned char* in = job.in;
     unsigned char* out = job.out;
+    const unsigned char* slowUntil = in;
     for (;;) {
       const std::ptrdiff_t room = (job.outEnd - out) / 2;
-      if (room > 1) {
-        const Position progress = self().run(in, in + std::min(job.end - in, room), out);
-        in = progress.in;
-        out = progress.out;
+      if (room > 1 && in >= slowUntil) {
+        const unsigned char* stop = in + std::min(job.end - in, room);
+        const Position at = self().run({in, out}, stop, slowUntil);
+        in = at.in;
+        out = at.out;
       }
       if (in == job.end) return {in, out, DecoderStop::end};
       if (out == job.outEnd) return {in, out, DecoderStop::room};
@@ -114,31 +120,41 @@ Meaning readPair(Bytes text, bool isLast, const UnitOf& unitOf) {
 
 // --- ISO-2022-JP, reading ----------------------------------------------------
 
+// The state of a text: the designated set in the low bits; above them the shift, which is
+// independent.
+constexpr std::uint64_t japaneseShift = 0x10;
+
+kernel::Iso2022JpReading unpacked(Decoder::State state) {
+  return {static_cast<Set>(state & ~japaneseShift), (state & japaneseShift) != 0};
+}
+
+Decoder::State packed(const kernel::Iso2022JpReading& reading) {
+  return static_cast<Decoder::State>(reading.designated) | (reading.isShifted ? japaneseShift : 0);
+}
+
 class JapaneseDecoder : public Iso2022Decoder<JapaneseDecoder> {
  public:
   explicit JapaneseDecoder(std::shared_ptr<const ReadingTable> table)
       : m_table(std::move(table)), m_pairs(pairsOf(*m_table)), m_lastBlock(jisLastBlock()) {}
 
-  Position run(const unsigned char* in, const unsigned char* stop, unsigned char* out) const {
-    switch (currentSet()) {
-      case Set::ascii:
-        return widenText(in, stop, out);
-      case Set::kanji:
-        return readKanji(in, stop, out);
-      case Set::katakana:
-        break;
-    }
-    for (; in < stop && jis::isKatakana(*in); ++in) out = putUnit(unitOfKatakana(*in), out);
-    return {in, out};
+  Position run(Position at, const unsigned char* stop, const unsigned char*& slowUntil) {
+    const auto loop = [this](const unsigned char* in, const unsigned char* end,
+                             unsigned char* out) {
+      kernel::Iso2022JpReading reading = unpacked(m_state);
+      const Progress progress = kernel::loops().iso2022JpToShiftJis(in, end, out, reading);
+      m_state = packed(reading);
+      return progress;
+    };
+    return decodeInTwo(m_pairs, at, stop, m_state, loop, slowUntil);
   }
 
   Meaning read(Bytes text, bool isLast) {
     const unsigned char byte = text[0];
     if (byte >= 0x80) return {malformedFor(1)};
     if (iso2022::isSwitch(byte)) return readSwitch(text, isLast);
-    if (isLineEnd(byte)) m_state = initialState;
+    if (iso2022::isLineEnd(byte)) m_state = initialState;
     if (!iso2022::isGraphic(byte)) return {characterOf(byte, 1)};
-    switch (currentSet()) {
+    switch (unpacked(m_state).inUse()) {
       case Set::kanji:
         return readPair(text, isLast, [this](unsigned char lead, unsigned char trail) {
           return unitOfKanji(lead, trail);
@@ -152,28 +168,19 @@ class JapaneseDecoder : public Iso2022Decoder<JapaneseDecoder> {
   }
 
  private:
-  // The designated set in the low bits; above them the shift, which is independent.
-  static constexpr State shifted = 0x10;
-
-  Set currentSet() const {
-    return (m_state & shifted) != 0 ? Set::katakana : static_cast<Set>(m_state);
-  }
-
   Meaning readSwitch(Bytes text, bool isLast) {
     if (text[0] == iso2022::shiftOut) {
-      m_state |= shifted;
+      m_state |= japaneseShift;
       return switchOf(1);
     }
     if (text[0] == iso2022::shiftIn) {
-      m_state &= ~shifted;
+      m_state &= ~japaneseShift;
       return switchOf(1);
     }
-    for (const jis::Designation& designation : jis::designations) {
-      if (!isLast && isCutOff(text, designation.sequence)) return {cutOffAfter(text.size(), false)};
-    }
+    if (!isLast && jis::isDesignationCutOff(text)) return {cutOffAfter(text.size(), false)};
     const jis::Designation* designation = jis::findDesignation(text);
     if (!designation) return {malformedFor(1)};
-    m_state = (m_state & shifted) | static_cast<State>(designation->set);
+    m_state = (m_state & japaneseShift) | static_cast<State>(designation->set);
     return switchOf(designation->sequence.size());
   }
 
@@ -183,15 +190,6 @@ class JapaneseDecoder : public Iso2022Decoder<JapaneseDecoder> {
   }
 
   static unsigned int unitOfKatakana(unsigned char byte) { return 0xFF40U + byte; }
-
-  Position readKanji(const unsigned char* in, const unsigned char* stop, unsigned char* out) const {
-    for (; stop - in >= 2 && iso2022::isGraphic(in[0]) && iso2022::isGraphic(in[1]); in += 2) {
-      const unsigned int unit = unitOfKanji(in[0], in[1]);
-      if (unit == 0) break;
-      out = putUnit(unit, out);
-    }
-    return {in, out};
-  }
 
   std::shared_ptr<const ReadingTable> m_table;
   const kernel::PairsToUnits& m_pairs;
@@ -205,7 +203,7 @@ unsigned char* putSequence(std::string_view sequence, unsigned char* out) {
 }
 
 // Units that are written by way of the 8-bit encoding at a time.
-constexpr std::ptrdiff_t bytesOfUnitsAtOnce = 512;
+constexpr std::ptrdiff_t bytesOfUnitsAtOnce = 4096;
 
 // Encodes by the loop to the 8-bit encoding and `on(begin, end, out)`, the one from there.
 // What the second leaves is taken back: `unitsIn(begin, end)` says how many units stand
@@ -246,7 +244,8 @@ class JapaneseEncoder : public Encoder {
 
   Encoded encode(const EncoderJob& job) override {
     const auto loop = [this](const unsigned char* in, const unsigned char* end,
-                             unsigned char* out) {
+                             unsigned char* out) -> Position {
+      if ((m_state & japaneseShift) != 0) return {in, out};
       auto set = static_cast<Set>(m_state);
       const auto on = [&](const unsigned char* p, const unsigned char* stop, unsigned char* room) {
         return kernel::loops().shiftJisToIso2022Jp(p, stop, room, set);
@@ -282,6 +281,16 @@ class JapaneseEncoder : public Encoder {
     return out;
   }
 
+  void follow(Decoder::State state, std::span<const unsigned char>) override { m_state = state; }
+
+  unsigned char* comeInStepWith(Decoder::State state, unsigned char* out) override {
+    if (m_state == state) return out;
+    out = use(unpacked(state).designated, out);
+    if ((state & japaneseShift) != 0) *out++ = iso2022::shiftOut;
+    m_state = state;
+    return out;
+  }
+
   unsigned char* interrupt(unsigned char* out) override { return use(Set::ascii, out); }
 
   unsigned char* finish(unsigned char* out) override { return use(Set::ascii, out); }
@@ -295,7 +304,10 @@ class JapaneseEncoder : public Encoder {
                             m_lastBlock->codes);
   }
 
+  // Text that was copied may end shifted.
   unsigned char* use(Set set, unsigned char* out) {
+    if ((m_state & japaneseShift) != 0) *out++ = iso2022::shiftIn;
+    m_state &= ~japaneseShift;
     if (m_state == static_cast<State>(set)) return out;
     m_state = static_cast<State>(set);
     return putSequence(jis::sequenceFor(set), out);
@@ -307,9 +319,6 @@ class JapaneseEncoder : public Encoder {
 
 // --- ISO-2022-KR -------------------------------------------------------------
 
-// Announces KS C 5601 as the set that SO brings in.
-constexpr std::string_view header = "\x1B$)C";
-
 constexpr unsigned char highBit = 0x80;
 
 class KoreanDecoder : public Iso2022Decoder<KoreanDecoder> {
@@ -317,29 +326,32 @@ class KoreanDecoder : public Iso2022Decoder<KoreanDecoder> {
   explicit KoreanDecoder(std::shared_ptr<const ReadingTable> table)
       : m_table(std::move(table)), m_pairs(pairsOf(*m_table)) {}
 
-  Position run(const unsigned char* in, const unsigned char* stop, unsigned char* out) const {
-    if (m_state == initialState) return widenText(in, stop, out);
-    for (; stop - in >= 2 && iso2022::isGraphic(in[0]) && iso2022::isGraphic(in[1]); in += 2) {
-      const unsigned int unit = unitOf(in[0], in[1]);
-      if (unit == 0) break;
-      out = putUnit(unit, out);
-    }
-    return {in, out};
+  Position run(Position at, const unsigned char* stop, const unsigned char*& slowUntil) {
+    const auto loop = [this](const unsigned char* in, const unsigned char* end,
+                             unsigned char* out) {
+      bool isShifted = m_state != initialState;
+      const Progress progress = kernel::loops().iso2022KrToKsc(in, end, out, isShifted);
+      m_state = isShifted ? shifted : initialState;
+      return progress;
+    };
+    return decodeInTwo(m_pairs, at, stop, m_state, loop, slowUntil);
   }
 
   Meaning read(Bytes text, bool isLast) {
     const unsigned char byte = text[0];
     if (byte >= 0x80) return {malformedFor(1)};
     if (byte == iso2022::escape) {
-      if (iso2022::startsWith(text, header)) return switchOf(header.size());
-      if (!isLast && isCutOff(text, header)) return {cutOffAfter(text.size(), false)};
+      if (iso2022::startsWith(text, iso2022::koreanHeader))
+        return switchOf(iso2022::koreanHeader.size());
+      if (!isLast && iso2022::isCutOff(text, iso2022::koreanHeader))
+        return {cutOffAfter(text.size(), false)};
       return {malformedFor(1)};
     }
     if (iso2022::isSwitch(byte)) {
       m_state = byte == iso2022::shiftOut ? shifted : initialState;
       return switchOf(1);
     }
-    if (isLineEnd(byte)) m_state = initialState;
+    if (iso2022::isLineEnd(byte)) m_state = initialState;
     if (m_state == initialState || !iso2022::isGraphic(byte)) return {characterOf(byte, 1)};
     return readPair(text, isLast, [this](unsigned char lead, unsigned char trail) {
       return unitOf(lead, trail);
@@ -399,6 +411,14 @@ class KoreanEncoder : public Encoder {
     return out;
   }
 
+  void follow(Decoder::State state, std::span<const unsigned char>) override {
+    m_state = announced | (state != Decoder::initialState ? shifted : 0);
+  }
+
+  unsigned char* comeInStepWith(Decoder::State state, unsigned char* out) override {
+    return use(state != Decoder::initialState ? shifted : 0, out);
+  }
+
   // Nothing may stand in front of the header.
   unsigned char* interrupt(unsigned char* out) override { return use(0, out); }
 
@@ -415,7 +435,7 @@ class KoreanEncoder : public Encoder {
   }
 
   unsigned char* use(State shift, unsigned char* out) {
-    if ((m_state & announced) == 0) out = putSequence(header, out);
+    if ((m_state & announced) == 0) out = putSequence(iso2022::koreanHeader, out);
     if ((m_state & shifted) != shift) *out++ = shift != 0 ? iso2022::shiftOut : iso2022::shiftIn;
     m_state = announced | shift;
     return out;

@@ -3,10 +3,11 @@
 #include "quorvel/text/UnicodeDecoders.hpp"
 
 #include <cstdint>
+#include <cstring>
 
-#include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Target.hpp"
 #include "quorvel/text/CodecLoops.hpp"
+#include "quorvel/unicode/ByteOrder.hpp"
 #include "quorvel/unicode/GsmText.hpp"
 
 namespace quorvel::text {
@@ -56,31 +57,15 @@ Stepped stepUtf16(const unsigned char* in, const unsigned char* end, bool isLast
   return characterOf(0x10000 + ((first & 0x3FFU) << 10 | (second & 0x3FFU)), 4);
 }
 
-constexpr std::uint64_t swapped(std::uint64_t units) {
-  constexpr std::uint64_t lows = 0x00FF00FF00FF00FFU;
-  return (units & lows) << 8 | (units >> 8 & lows);
-}
-
-// Units that are characters by themselves, four at a time.
-template <Order order>
-Position copyUnits(const unsigned char* in, const unsigned char* stop, unsigned char* out) {
-  while (stop - in >= runLength) {
-    std::uint64_t units = loadRun(in);
-    if (order == Order::highFirst) units = swapped(units);
-    if (hasZeroUnit((units & 0xF800 * inEachUnit) ^ 0xD800 * inEachUnit)) break;
-    std::memcpy(out, &units, sizeof units);
-    in += runLength;
-    out += runLength;
-  }
-  return {in, out};
-}
-
 template <Order order>
 class Utf16Decoder : public Decoder {
  public:
   Decoded decode(const DecoderJob& job) override {
     const auto loop = [](const unsigned char* in, const unsigned char* stop, const unsigned char*,
-                         unsigned char* out) { return copyUnits<order>(in, stop, out); };
+                         unsigned char* out) {
+      if constexpr (order == Order::lowFirst) return kernel::loops().utf16ToUtf16(in, stop, out);
+      return kernel::loops().utf16BeToUtf16(in, stop, out);
+    };
     return decodeBy(loop, stepUtf16<order>, job);
   }
 };
@@ -106,20 +91,26 @@ Stepped stepUtf32(const unsigned char* in, const unsigned char* end, bool isLast
   return isScalarValue(value) ? characterOf(value, bytesPerValue) : malformedFor(bytesPerValue);
 }
 
-// Values of one unit each, four at a time.
+// Values of one unit each, sixteen at a time: with their number known the compiler makes
+// vector code of it.
 template <Order order>
 Position narrowValues(const unsigned char* in, const unsigned char* stop, unsigned char* out) {
-  constexpr std::ptrdiff_t atOnce = 4;
+  constexpr std::ptrdiff_t atOnce = 16;
   while (stop - in >= atOnce * std::ptrdiff_t{bytesPerValue}) {
-    char32_t values[atOnce];
-    bool areUnits = true;
-    for (std::ptrdiff_t i = 0; i < atOnce; ++i) {
-      values[i] = valueAt<order>(in + bytesPerValue * i);
-      areUnits &= values[i] < 0x10000 && !isSurrogate(values[i]);
+    std::uint32_t values[atOnce];
+    std::memcpy(values, in, sizeof values);
+    std::uint32_t others = 0;
+    for (std::uint32_t& value : values) {
+      if (order == Order::highFirst) value = reversed(value);
+      const std::uint32_t isSurrogateValue = (value & 0xF800) == 0xD800 ? 1 : 0;
+      others |= value >> 16 | isSurrogateValue;
     }
-    if (!areUnits) break;
-    for (const char32_t value : values) out = putUnit(value, out);
-    in += atOnce * std::ptrdiff_t{bytesPerValue};
+    if (others != 0) break;
+    char16_t units[atOnce];
+    for (std::ptrdiff_t i = 0; i < atOnce; ++i) units[i] = static_cast<char16_t>(values[i]);
+    std::memcpy(out, units, sizeof units);
+    in += sizeof values;
+    out += sizeof units;
   }
   return {in, out};
 }

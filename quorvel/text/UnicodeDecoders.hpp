@@ -2,12 +2,12 @@
 
 #include <memory>
 
+#include "quorvel/kernel/Order.hpp"
 #include "quorvel/text/Decoder.hpp"
 
 namespace quorvel::text {
 
-/// The order of the bytes of a unit.
-enum class Order { lowFirst, highFirst };
+using kernel::Order;
 
 std::unique_ptr<Decoder> makeUtf8Decoder();
 std::unique_ptr<Decoder> makeUtf16Decoder(Order order);

@@ -3,10 +3,11 @@
 #include "quorvel/text/UnicodeEncoders.hpp"
 
 #include <cstdint>
+#include <cstring>
 
-#include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Target.hpp"
 #include "quorvel/text/CodecLoops.hpp"
+#include "quorvel/unicode/ByteOrder.hpp"
 #include "quorvel/unicode/GsmText.hpp"
 
 namespace quorvel::text {
@@ -32,16 +33,9 @@ template <Order order>
 class Utf16Encoder : public Encoder {
  public:
   Encoded encode(const EncoderJob& job) override {
-    const auto loop = [](const unsigned char* in, const unsigned char* end, unsigned char* out) {
-      for (; end - in >= runLength; in += runLength, out += runLength) {
-        std::uint64_t units = loadRun(in);
-        if (hasZeroUnit((units & 0xF800 * inEachUnit) ^ 0xD800 * inEachUnit)) break;
-        if (order == Order::highFirst) units = swapped(units);
-        std::memcpy(out, &units, sizeof units);
-      }
-      return Position{in, out};
-    };
-    return encodeBy(loop, 2, *this, job);
+    const kernel::Loops& loops = kernel::loops();
+    return encodeBy(order == Order::lowFirst ? loops.utf16ToUtf16 : loops.utf16ToUtf16Be, 2, *this,
+                    job);
   }
 
   unsigned char* encodeOne(char32_t character, unsigned char* out) override {
@@ -51,11 +45,6 @@ class Utf16Encoder : public Encoder {
   }
 
  private:
-  static std::uint64_t swapped(std::uint64_t units) {
-    constexpr std::uint64_t lows = 0x00FF00FF00FF00FFU;
-    return (units & lows) << 8 | (units >> 8 & lows);
-  }
-
   static unsigned char* put(unsigned int unit, unsigned char* out) {
     const auto low = static_cast<unsigned char>(unit);
     const auto high = static_cast<unsigned char>(unit >> 8);
@@ -72,10 +61,21 @@ class Utf32Encoder : public Encoder {
  public:
   Encoded encode(const EncoderJob& job) override {
     const auto loop = [](const unsigned char* in, const unsigned char* end, unsigned char* out) {
-      for (; end - in >= runLength; in += runLength) {
-        const std::uint64_t units = loadRun(in);
-        if (hasZeroUnit((units & 0xF800 * inEachUnit) ^ 0xD800 * inEachUnit)) break;
-        for (unsigned int i = 0; i < 4; ++i) out = put(units >> 16 * i & 0xFFFF, out);
+      // With their number known the compiler makes vector code of it.
+      constexpr std::ptrdiff_t atOnce = 16;
+      while (end - in >= 2 * atOnce) {
+        char16_t units[atOnce];
+        std::memcpy(units, in, sizeof units);
+        bool haveSurrogate = false;
+        std::uint32_t values[atOnce];
+        for (std::ptrdiff_t i = 0; i < atOnce; ++i) {
+          haveSurrogate |= isSurrogate(units[i]);
+          values[i] = order == Order::lowFirst ? units[i] : reversed(std::uint32_t{units[i]});
+        }
+        if (haveSurrogate) break;
+        std::memcpy(out, values, sizeof values);
+        in += sizeof units;
+        out += sizeof values;
       }
       return Position{in, out};
     };

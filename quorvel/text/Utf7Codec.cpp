@@ -7,9 +7,10 @@
 // bytes A, K, M. With so many bits read and not yet used, b of them, the next
 // character began ceil(b / 6) bytes ago.
 
+#include <algorithm>
 #include <bit>
+#include <span>
 
-#include "quorvel/kernel/AsciiRun.hpp"
 #include "quorvel/kernel/Base64Digits.hpp"
 #include "quorvel/kernel/Target.hpp"
 #include "quorvel/kernel/Utf7Text.hpp"
@@ -35,26 +36,21 @@ struct Reading {
   std::uint16_t high = 0;  // a high surrogate that waits for its other half
   std::uint8_t bitCount = 0;
   bool hasHigh = false;
-  bool isOpen = false;     // in a run
-  bool hasDigits = false;  // the run has any
+  bool isOpen = false;                                                           // in a run
+  enum class Run : std::uint8_t { empty, digits, characters } run = Run::empty;  // what it has
+
+  bool hasDigits() const { return run != Run::empty; }
+
+  // The digits whose bits are not all used.
+  unsigned int digitsLeft() const { return digitsFor(bitCount + (hasHigh ? bitsPerUnit : 0)); }
+
+  // How many bits of the first of these belong to the character in front.
+  unsigned int bitsOfLast() const {
+    return bitsPerDigit * digitsLeft() - bitCount - (hasHigh ? bitsPerUnit : 0);
+  }
 };
 
 static_assert(sizeof(Reading) == sizeof(Decoder::State));
-
-// Whether all units are characters or whole pairs.
-bool areCharacters(const unsigned char* units, const unsigned char* end) {
-  while (units != end) {
-    if (end - units >= runLength &&
-        !hasZeroUnit((loadRun(units) & 0xF800 * inEachUnit) ^ 0xD800 * inEachUnit)) {
-      units += runLength;
-      continue;
-    }
-    const UnitsRead read = readCharacter(units, end);
-    if (!isScalarValue(read.character)) return false;
-    units += read.length;
-  }
-  return true;
-}
 
 class Utf7Decoder : public Decoder {
  public:
@@ -63,6 +59,13 @@ class Utf7Decoder : public Decoder {
     const Decoded decoded = decodeAll(job);
     m_state = std::bit_cast<State>(m_now);
     return decoded;
+  }
+
+  // The "+" too, as long as nothing stands behind it.
+  unsigned int heldBack(State state) const override {
+    const auto reading = std::bit_cast<Reading>(state);
+    if (!reading.isOpen) return 0;
+    return reading.digitsLeft() + (reading.run == Reading::Run::characters ? 0 : 1);
   }
 
   unsigned int lastLength() const override { return m_lastLength; }
@@ -88,15 +91,40 @@ class Utf7Decoder : public Decoder {
     constexpr std::ptrdiff_t worthIt = 32;
     const std::ptrdiff_t length = std::min(rest.end - rest.in, (rest.outEnd - rest.out) / 2);
     if (length < worthIt || m_now.hasHigh) return rest.in + 1;
-    kernel::Utf7Reading run{m_now.isOpen, m_now.hasDigits, m_now.bits, m_now.bitCount};
+    kernel::Utf7Reading run{m_now.isOpen, m_now.hasDigits(), m_now.bits, m_now.bitCount};
     const Progress progress = kernel::loops().utf7ToUtf16(rest.in, rest.in + length, rest.out, run);
-    if (!areCharacters(rest.out, progress.out)) return progress.in;
+    // Its units may be halves of pairs, or not.
+    if (kernel::loops().utf16ToUtf16(rest.out, progress.out, rest.out).why != Stop::end) {
+      return progress.in;
+    }
+    const Reading before = m_now;
+    m_now.isOpen = run.isOpen;
+    keep(run.bits, run.bitCount);
+    m_now.run = run.hasDigits ? Reading::Run::digits : Reading::Run::empty;
+    if (run.hasDigits && runHasCharacters(before, rest.in, progress.in)) {
+      m_now.run = Reading::Run::characters;
+    }
     rest.in = progress.in;
     rest.out = progress.out;
-    m_now.isOpen = run.isOpen;
-    m_now.hasDigits = run.hasDigits;
-    keep(run.bits, run.bitCount);
     return progress.in + worthIt;
+  }
+
+  // Whether the run in force behind [begin, in) has more than the digits that are left.
+  // What stands in front of these is a digit then, or else the "+" that began the run; but
+  // "+" is a digit too.
+  bool runHasCharacters(const Reading& before, const unsigned char* begin,
+                        const unsigned char* in) const {
+    if (m_now.bitsOfLast() != 0) return true;
+    const auto left = static_cast<std::ptrdiff_t>(m_now.digitsLeft());
+    const bool hadCharacters = before.isOpen && before.run == Reading::Run::characters;
+    if (in - begin <= left) return hadCharacters;
+    const unsigned char* last = in - left - 1;
+    if (*last != '+') return true;
+    // The first "+" behind the last byte that is no digit has begun the run.
+    const unsigned char* from = last;
+    while (from != begin && base64DigitValue(from[-1]) != noBase64Digit) --from;
+    if (from == begin && before.isOpen) return true;
+    return std::find(from, last, '+') != last;
   }
 
   Decoded on(const unsigned char* in, unsigned char* out) const {
@@ -118,7 +146,7 @@ class Utf7Decoder : public Decoder {
     if (byte >= 0x80) return lose(rest, 0, 1);
     if (byte != '+') return put(byte, 1, rest, rest.in + 1);
     m_now.isOpen = true;
-    m_now.hasDigits = false;
+    m_now.run = Reading::Run::empty;
     return on(rest.in + 1, rest.out);
   }
 
@@ -126,7 +154,7 @@ class Utf7Decoder : public Decoder {
     const unsigned char byte = *rest.in;
     const unsigned int digit = base64DigitValue(byte);
     if (digit != noBase64Digit) return takeDigit(digit, rest);
-    if (byte == '-' && !m_now.hasDigits) {
+    if (byte == '-' && !m_now.hasDigits()) {
       m_now.isOpen = false;
       return put('+', 2, rest, rest.in + 1);
     }
@@ -143,7 +171,7 @@ class Utf7Decoder : public Decoder {
     const unsigned int count = m_now.bitCount + bitsPerDigit;
     const unsigned int bits = static_cast<unsigned int>(m_now.bits) << bitsPerDigit | digit;
     if (count < bitsPerUnit) {
-      m_now.hasDigits = true;
+      if (!m_now.hasDigits()) m_now.run = Reading::Run::digits;
       keep(bits, count);
       return on(rest.in + 1, rest.out);
     }
@@ -152,7 +180,6 @@ class Utf7Decoder : public Decoder {
     if (m_now.hasHigh && rest.outEnd - rest.out < 4) return {rest.in, rest.out, DecoderStop::room};
     const unsigned int back = digitsFor(m_now.bitCount);
     keep(bits & ((1U << (count - bitsPerUnit)) - 1), count - bitsPerUnit);
-    m_now.hasDigits = true;
     return takeUnit(unit, back, rest);
   }
 
@@ -162,6 +189,7 @@ class Utf7Decoder : public Decoder {
       m_now.hasHigh = false;
       const char32_t character = 0x10000 + ((m_now.high & 0x3FFU) << 10 | (unit & 0x3FFU));
       const unsigned int length = digitsFor(m_now.bitCount + 2 * bitsPerUnit);
+      m_now.run = Reading::Run::characters;
       return put(character, length, rest, rest.in + 1);
     }
     if (isHighSurrogate(unit)) {
@@ -170,6 +198,7 @@ class Utf7Decoder : public Decoder {
       return on(rest.in + 1, rest.out);
     }
     if (isLowSurrogate(unit)) return lose(rest, back, back + 1);
+    m_now.run = Reading::Run::characters;
     return put(unit, back + 1, rest, rest.in + 1);
   }
 
@@ -189,7 +218,7 @@ class Utf7Decoder : public Decoder {
   // that fill up its last digit.
   Decoded endRun(const DecoderJob& rest) {
     if (m_now.hasHigh) return loseHigh(rest);
-    if (!m_now.hasDigits) {
+    if (!m_now.hasDigits()) {
       m_now.isOpen = false;
       return lose(rest, 1, 1);
     }
@@ -241,6 +270,24 @@ class Utf7Encoder : public Encoder {
     if (character >= 0x10000) out = put(units >> 16, run, out);
     m_state = packed(run);
     return out;
+  }
+
+  // A run goes on behind the last digit that was copied, with the bits that the next one
+  // has of the last character.
+  void follow(Decoder::State state, std::span<const unsigned char> held) override {
+    const auto reading = std::bit_cast<Reading>(state);
+    kernel::Utf7Writing run;
+    run.isOpen = reading.isOpen && reading.run == Reading::Run::characters;
+    if (run.isOpen && reading.bitsOfLast() != 0) {
+      run.bitCount = reading.bitsOfLast();
+      run.bits = base64DigitValue(held.front()) >> (bitsPerDigit - run.bitCount);
+    }
+    m_state = packed(run);
+  }
+
+  // In a run the source may have its characters at other bits.
+  unsigned char* comeInStepWith(Decoder::State state, unsigned char* out) override {
+    return std::bit_cast<Reading>(state).isOpen ? nullptr : finish(out);
   }
 
   unsigned char* interrupt(unsigned char* out) override { return finish(out); }

@@ -8,6 +8,7 @@
 #include "quorvel/pages/MacArabic.hpp"
 #include "quorvel/pages/TableRegistry.hpp"
 #include "quorvel/text/Codecs.hpp"
+#include "quorvel/text/GrowingString.hpp"
 #include "quorvel/text/Transcoder.h"
 
 namespace quorvel::text {
@@ -35,13 +36,21 @@ Report runWhole(Encoding from, Encoding to, std::string_view text, const Options
 }
 
 template <typename String>
-ConvertedTo<String> toUnits(Encoding from, Encoding to, std::string_view text,
-                            const Options& options) {
-  Converted bytes = convert(from, to, text, options);
+ConvertedTo<String> convertInto(Encoding from, Encoding to, std::string_view text,
+                                const Options& options) {
   ConvertedTo<String> result;
-  result.text.resize(bytes.text.size() / sizeof(typename String::value_type));
-  std::copy(bytes.text.begin(), bytes.text.end(), reinterpret_cast<char*>(result.text.data()));
-  result.report = std::move(bytes.report);
+  result.report =
+      runWhole(from, to, text, options, [&](Transcoder& transcoder, std::string_view whole) {
+        const auto push = [&](std::string_view rest, std::span<char> room) {
+          return transcoder.push(rest, room);
+        };
+        const auto finish = [&](std::string_view, std::span<char> room) {
+          return transcoder.finish(room);
+        };
+        const Report& report = transcoder.report();
+        const Step pushed = GrowingString(result.text, report).append(whole, push);
+        if (pushed.wants != Wants::reset) GrowingString(result.text, report).append("", finish);
+      });
   return result;
 }
 
@@ -54,22 +63,15 @@ std::uint64_t atMost(std::uint64_t numBytes, std::uint64_t factor, std::uint64_t
 }  // namespace
 
 Converted convert(Encoding from, Encoding to, std::string_view text, const Options& options) {
-  Converted result;
-  result.report =
-      runWhole(from, to, text, options, [&](Transcoder& transcoder, std::string_view whole) {
-        if (transcoder.push(whole, result.text)) {
-          transcoder.finish(result.text);
-        }
-      });
-  return result;
+  return convertInto<std::string>(from, to, text, options);
 }
 
 ConvertedTo<std::u16string> toUtf16(Encoding from, std::string_view text, const Options& options) {
-  return toUnits<std::u16string>(from, Encoding::utf16le(), text, options);
+  return convertInto<std::u16string>(from, Encoding::utf16le(), text, options);
 }
 
 ConvertedTo<std::u32string> toUtf32(Encoding from, std::string_view text, const Options& options) {
-  return toUnits<std::u32string>(from, Encoding::utf32le(), text, options);
+  return convertInto<std::u32string>(from, Encoding::utf32le(), text, options);
 }
 
 Report check(Encoding from, Encoding to, std::string_view text, const Options& options) {

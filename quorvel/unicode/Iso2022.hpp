@@ -8,6 +8,7 @@
 // beginning shall become and returns how many bytes that used. `hadError` tells
 // whether any step left something out or wrote something else for it.
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -38,6 +39,20 @@ class Output {
  private:
   unsigned char* m_next;
 };
+
+/// Runs `loop(in, end, out)`, and copies the bytes above 7F that it stops at where
+/// `isAscii()`: contract: text in ASCII keeps them, whatever they mean.
+template <typename Loop, typename IsAscii>
+Progress runCopyingAbove7F(const Loop& loop, const IsAscii& isAscii, const unsigned char* in,
+                           const unsigned char* end, unsigned char* out) {
+  Progress progress = loop(in, end, out);
+  while (progress.why == Stop::met && *progress.in >= 0x80 && isAscii()) {
+    const unsigned char* stop =
+        std::find_if(progress.in, end, [](unsigned char byte) { return byte < 0x80; });
+    progress = loop(stop, end, std::copy(progress.in, stop, progress.out));
+  }
+  return progress;
+}
 
 /// Hands `in` to `machine`, to its loop and where that stops to its steps; false
 /// when memory runs out. A step uses at least one byte, and neither it nor the

@@ -59,13 +59,23 @@ class Reader {
   explicit Reader(const unsigned char* lastBlock) : m_lastBlock(lastBlock) {}
 
   Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-    return kernel::loops().iso2022JpToShiftJis(in, end, out, m_state);
+    const auto loop = [this](const unsigned char* p, const unsigned char* stop,
+                             unsigned char* room) {
+      return kernel::loops().iso2022JpToShiftJis(p, stop, room, m_state);
+    };
+    const auto isAscii = [this] { return m_state.inUse() == Set::ascii; };
+    return iso2022::runCopyingAbove7F(loop, isAscii, in, end, out);
   }
 
   std::size_t step(Bytes rest, Output& output) {
     if (rest[0] == iso2022::escape) {
       // The characters of an unknown set are read as those of the old one.
       if (iso2022::announcesSet(rest)) m_hadError = true;
+      output.put(rest[0]);
+      return 1;
+    }
+    if (rest[0] < 0x80 && (m_state.inUse() != Set::kanji || !iso2022::isGraphic(rest[0]))) {
+      // contract: what the set in use has no character for is ASCII
       output.put(rest[0]);
       return 1;
     }

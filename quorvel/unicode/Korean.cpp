@@ -20,13 +20,20 @@ class Reader {
   static constexpr unsigned int mostBytesPerTwo = 2;
 
   Progress run(const unsigned char* in, const unsigned char* end, unsigned char* out) {
-    return kernel::loops().iso2022KrToKsc(in, end, out, m_isShifted);
+    const auto loop = [this](const unsigned char* p, const unsigned char* stop,
+                             unsigned char* room) {
+      return kernel::loops().iso2022KrToKsc(p, stop, room, m_isShifted);
+    };
+    const auto isAscii = [this] { return !m_isShifted; };
+    return iso2022::runCopyingAbove7F(loop, isAscii, in, end, out);
   }
 
   std::size_t step(Bytes rest, Output& output) {
     if (rest[0] == iso2022::escape) {
       // The characters of an unknown set are read as those of the known ones.
       if (iso2022::announcesSet(rest)) m_hadError = true;
+      output.put(rest[0]);
+    } else if (iso2022::isLineEnd(rest[0])) {
       output.put(rest[0]);
     } else {
       // Half a pair, or a byte with bit 7: those mean nothing in a 7-bit set, and in

@@ -87,6 +87,7 @@ class Conversion {
       if (piece.character ? !convertCharacter(piece) : !convertMalformed(piece)) {
         m_report.stopped = true;
         m_report.bytesRead = piece.offset;
+        m_out.finish();
         return result();
       }
     }

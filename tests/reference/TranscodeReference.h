@@ -107,4 +107,25 @@ inline Transcoded utf16ToUtf8(std::string_view text, Pairs pairs) {
   return result;
 }
 
+/// The bytes of each unit in the other order; an odd one at the end stays.
+inline std::string exchanged(std::string_view text) {
+  std::string result(text);
+  for (std::size_t i = 0; i + 1 < result.size(); i += 2) std::swap(result[i], result[i + 1]);
+  return result;
+}
+
+/// As many characters of UTF-16LE as there are without a surrogate that is no half of a
+/// pair, as they stand.
+inline Transcoded utf16ToUtf16(std::string_view text) {
+  const std::size_t consumed = utf16ToUtf8(text, Pairs::strict).consumed;
+  return {std::string(text.substr(0, consumed)), consumed};
+}
+
+inline Transcoded utf16ToUtf16Be(std::string_view text) {
+  const Transcoded result = utf16ToUtf16(text);
+  return {exchanged(result.bytes), result.consumed};
+}
+
+inline Transcoded utf16BeToUtf16(std::string_view text) { return utf16ToUtf16(exchanged(text)); }
+
 }  // namespace quorvel::reference

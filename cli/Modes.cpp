@@ -1,0 +1,135 @@
+// What the command can do: a row for each mode.
+
+#include "cli/Modes.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <optional>
+
+#include "cli/Check.h"
+#include "cli/Conversion.h"
+#include "cli/ConvertEach.h"
+#include "cli/FileError.h"
+#include "cli/FileList.h"
+#include "cli/Help.h"
+#include "cli/Jobs.h"
+#include "cli/Listing.h"
+#include "cli/Output.h"
+
+namespace qvconv {
+
+namespace {
+
+// --- Converting -------------------------------------------------------------
+
+// What has become of the inputs of one output so far.
+struct Soundness {
+  ExitStatus status = ExitStatus::allConverted;
+  bool hasResult = false;  // of at least one input
+  bool isDamaged = false;  // an input has arrived in part
+};
+
+void convertNext(const std::string& file, Conversion& conversion, Output& output,
+                 Messages& messages, Soundness& soundness) {
+  std::optional<Input> input;
+  try {
+    input.emplace(file);
+    const ExitStatus status = conversion.run(*input, output, messages);
+    soundness.status = worse(soundness.status, status);
+    soundness.isDamaged |= status == ExitStatus::failed;
+    soundness.hasResult = true;
+  } catch (const InputError& error) {
+    messages.complain(error.what());
+    soundness.status = worse(soundness.status, ExitStatus::failed);
+    soundness.isDamaged |= input && input->bytesRead() > 0;
+  }
+}
+
+ExitStatus convertToOne(const Options& options, const FileList& list, Messages& messages) {
+  const std::unique_ptr<Output> output = openOutput(options.output, messages);
+  Soundness soundness;
+  std::optional<Conversion> conversion(options.rules);
+  for (const FileEntry& file : list.files) {
+    const bool hasFront = output->bytesWritten() > 0;
+    convertNext(file.path, *conversion, *output, messages, soundness);
+    // One text has one mark, whatever it is put together from.
+    if (!hasFront && output->bytesWritten() > 0 && options.rules.options.writesMark) {
+      Rules rules = options.rules;
+      rules.options.writesMark = false;
+      conversion.emplace(std::move(rules));
+    }
+  }
+  const bool isWhole = soundness.hasResult && !soundness.isDamaged;
+  if (isWhole || !output->replacesAFile()) output->finish();
+  return soundness.status;
+}
+
+ExitStatus convertList(const Options& options, FileList& list, Messages& messages) {
+  if (options.inPlaceSuffix) {
+    const auto make = [&] { return inPlaceConverter(options.rules, *options.inPlaceSuffix); };
+    return runJobs(list.files, options.numJobs, make, messages);
+  }
+  if (options.outputDirectory) {
+    refuseSharedPlaces(list, messages);
+    const auto make = [&] { return directoryConverter(options.rules, *options.outputDirectory); };
+    return runJobs(list.files, options.numJobs, make, messages);
+  }
+  return convertToOne(options, list, messages);
+}
+
+ExitStatus convertFiles(const Options& options, Messages& messages) {
+  FileList list = listFiles(options.files, messages);
+  const ExitStatus status = convertList(options, list, messages);
+  return worse(status, list.status);
+}
+
+// --- Checking ---------------------------------------------------------------
+
+ExitStatus checkFile(const std::string& file, Check& check, Messages& messages) try {
+  Input input(file);
+  return check.run(input, messages);
+} catch (const InputError& error) {
+  messages.complain(error.what());
+  return ExitStatus::failed;
+}
+
+ExitStatus checkFiles(const Options& options, Messages& messages) {
+  const FileList list = listFiles(options.files, messages);
+  const auto makeWorker = [&]() -> Worker {
+    auto check = std::make_shared<Check>(options.check);
+    return [check](const FileEntry& file, Messages& ofFile) {
+      return checkFile(file.path, *check, ofFile);
+    };
+  };
+  return worse(list.status, runJobs(list.files, options.numJobs, makeWorker, messages));
+}
+
+// --- The table --------------------------------------------------------------
+
+template <std::string (*text)()>
+ExitStatus print(const Options&, Messages& messages) {
+  messages.print(text());
+  return ExitStatus::allConverted;
+}
+
+struct ModeRow {
+  Mode mode;
+  ExitStatus (*run)(const Options& options, Messages& messages);
+};
+
+constexpr std::array modes = {
+    ModeRow{Mode::convert, convertFiles},       ModeRow{Mode::check, checkFiles},
+    ModeRow{Mode::list, print<listEncodings>},  ModeRow{Mode::help, print<helpText>},
+    ModeRow{Mode::version, print<versionText>},
+};
+
+}  // namespace
+
+ExitStatus runMode(const Options& options, Messages& messages) {
+  const auto* const row = std::find_if(
+      modes.begin(), modes.end(), [&](const ModeRow& each) { return each.mode == options.mode; });
+  return row->run(options, messages);
+}
+
+}  // namespace qvconv
