@@ -9,11 +9,11 @@ using namespace quorvel::text;
 
 namespace {
 
-Transcoder toUtf32(Encoding encoding) {
+Options dropping() {
   Options options;
   options.malformed = Action::drop;
   options.keepsMark = true;
-  return *Transcoder::make(encoding, Encoding::utf32le(), std::move(options));
+  return options;
 }
 
 char32_t characterAt(const std::array<char, 16>& room) {
@@ -24,7 +24,8 @@ char32_t characterAt(const std::array<char, 16>& room) {
 
 }  // namespace
 
-Codes::Codes(Encoding encoding) : m_transcoder(toUtf32(encoding)) {}
+Codes::Codes(Encoding encoding)
+    : m_transcoder(*Transcoder::make(encoding, Encoding::utf32le(), dropping())) {}
 
 // What is neither written nor lost yet waits for its next byte.
 Codes::Meaning Codes::of(std::string_view bytes) {

@@ -19,15 +19,19 @@ constexpr std::uint32_t firstSurrogate = 0xD800;
 constexpr std::uint32_t behindSurrogates = 0xE000;
 constexpr std::uint32_t behindCharacters = 0x110000;
 
+Options dropping() {
+  Options options;
+  options.unmappable = Action::drop;
+  options.keepsMark = true;
+  return options;
+}
+
 // By trying each character that there is.
 std::uint64_t countCharacters(Encoding encoding) {
   constexpr std::uint64_t all = behindCharacters - (behindSurrogates - firstSurrogate);
   if (encoding.kind() == EncodingKind::unicode) return all;
-  Options options;
-  options.unmappable = Action::drop;
-  options.keepsMark = true;
   std::optional<Transcoder> transcoder =
-      Transcoder::make(Encoding::utf32le(), encoding, std::move(options));
+      Transcoder::make(Encoding::utf32le(), encoding, dropping());
   std::string plane;
   for (std::uint32_t character = 0; character < behindCharacters; ++character) {
     if (character == firstSurrogate) character = behindSurrogates;
