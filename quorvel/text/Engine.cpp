@@ -180,24 +180,14 @@ Transcoder::Engine::Advance Transcoder::Engine::settleMark(const Window& window)
   return {window.begin, Pause::again};
 }
 
-// As long as nothing is written no mark is either: until then the text is looked at
-// character by character.
+// As long as there is no text no mark is written either; what has one lacks no character.
 Transcoder::Engine::Advance Transcoder::Engine::settleFront(const Window& window) {
   const Place start = here(window.begin);
   const Place next = behind(window, start);
   decoder().restore(start.state);
   if (next.unit == start.unit) return advance(window);
-  const char32_t character = readCharacter(start.unit, next.unit).character;
-  if (hasPlace(character, *m_encoder)) {
-    m_outlet.waitForFront();
-    return {window.begin, Pause::again};
-  }
-  Window first = window;
-  first.end = next.in;
-  first.isLast = false;
-  Advance advanced = advance(first);
-  if (advanced.why == Pause::input) advanced.why = Pause::again;
-  return advanced;
+  m_outlet.waitForFront();
+  return {window.begin, Pause::again};
 }
 
 Transcoder::Engine::Advance Transcoder::Engine::advance(const Window& window) {
