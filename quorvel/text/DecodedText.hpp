@@ -12,7 +12,8 @@ namespace quorvel::text {
 /// is left out and stands in the report.
 class DecodedText {
  public:
-  explicit DecodedText(Encoding from) : m_transcoder(*make(from)) {}
+  explicit DecodedText(Encoding from)
+      : m_transcoder(*Transcoder::make(from, Encoding::utf32le(), droppingMalformed())) {}
 
   /// Calls `see(character)` for each character that is whole by now.
   template <typename See>
@@ -41,10 +42,10 @@ class DecodedText {
   // UTF-32 comes in whole characters where the room is a multiple of their length.
   static constexpr std::size_t bytesPerCharacter = 4;
 
-  static std::optional<Transcoder> make(Encoding from) {
+  static Options droppingMalformed() {
     Options options;
     options.malformed = Action::drop;
-    return Transcoder::make(from, Encoding::utf32le(), options);
+    return options;
   }
 
   template <typename See>
