@@ -417,6 +417,27 @@ TEST(TextActions, LetTheHandlerRefuseABestFit) {
   }
 }
 
+TEST(TextActions, WriteNothingWhereTheHandlerChoosesWhatWouldBeRefused) {
+  struct Choice {
+    Case c;
+    Action action;
+  };
+  constexpr Choice choices[] = {
+      {{65001, 1200, "61 FF 7A", "61 00 7A 00"}, Action::pass},
+      {{932, 12001, "81 22", "00 00 00 22"}, Action::pass},
+      {{50220, 1252, "61 80 7A", "61 7A"}, Action::pass},
+      {{65001, 50220, "61 C3 A9 7A", "61 7A"}, Action::pass},
+      {{65001, 932, "61 FF C3 A9 7A", "61 7A"}, Action::reconvert},
+      {{1252, 932, "61 81 7A", "61 7A"}, Action::preserve},
+      {{65001, 932, "61 C3 A9 7A", "61 7A"}, Action::preserve},
+  };
+  for (const Choice& choice : choices) {
+    Rules rules;
+    rules.onLoss = [&](const Loss&) { return std::optional(choice.action); };
+    expect(choice.c, rules);
+  }
+}
+
 TEST(TextActions, LetWhatTheHandlerThrowsComeOut) {
   Rules rules;
   rules.onLoss = [](const Loss&) -> std::optional<Action> { throw std::runtime_error("enough"); };

@@ -190,6 +190,19 @@ TEST(TextCodecs, PlaceACharacterOfUtf7AtTheByteWithItsFirstBit) {
   }
 }
 
+TEST(TextCodecs, MakeNoPairOfHalvesInTwoRunsOfUtf7HoweverLongTheText) {
+  for (const Door& door : doors) {
+    for (const std::size_t around : {0U, 20U, 31U, 32U, 100U}) {
+      const std::string text(around, 'a');
+      const std::string source = text + "+2D0-+3gA-" + text;
+      EXPECT_EQ(outcomeOf(door, 65000, 20127, source, dropping()),
+                (Outcome{hex(text + text),
+                         std::to_string(around + 1) + "+3 " + std::to_string(around + 6) + "+3"}))
+          << door.name;
+    }
+  }
+}
+
 // --- GSM -------------------------------------------------------------------------------
 
 constexpr Reading gsm[] = {

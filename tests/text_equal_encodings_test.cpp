@@ -115,6 +115,17 @@ TEST(TextOfEqualEncodings, WritesWhatARunHasLeftAnew) {
   expect({65000, "61 2B 41 21", "61 21"}, ruleFor(Action::drop));
 }
 
+TEST(TextOfEqualEncodings, TakesTheEndOfARunForWhatItIsHoweverTheTextIsCut) {
+  // Behind the end of one run a digit too few in the next.
+  expect({65000, "2B 41 50 59 2D 2B 32 33 21", "2B 41 50 59 2D 21"}, ruleFor(Action::drop));
+  // Behind a loss in the run a control, and the next run.
+  expect({65000, "2B 41 4B 50 63 41 41 43 6A 2D 0E 61", "2B 41 4B 4D 41 6F 77 2D 0E 61"},
+         ruleFor(Action::drop));
+  expect({65000, "2B 41 4B 50 63 41 41 43 6A 2D 2B 41 47 45 2D",
+          "2B 41 4B 4D 41 6F 77 2D 2B 41 47 45 2D"},
+         ruleFor(Action::drop));
+}
+
 TEST(TextOfEqualEncodings, StopsBehindAWholeText) {
   expect({50220, "1B 24 40 24 22 FF", "1B 24 40 24 22 1B 28 42"}, {});
   expect({50222, "0E 21 FF", "0E 21 0F"}, {});

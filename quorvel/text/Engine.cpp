@@ -185,24 +185,14 @@ Transcoder::Engine::Advance Transcoder::Engine::settleMark(const Window& window)
   return {window.begin, Pause::again};
 }
 
-// As long as nothing is written no mark is either: until then the text is looked at
-// character by character.
+// As long as there is no text no mark is written either; what has one lacks no character.
 Transcoder::Engine::Advance Transcoder::Engine::settleFront(const Window& window) {
   const Place start = here(window.begin);
   const Place next = behind(window, start);
   decoder().restore(start.state);
   if (next.unit == start.unit) return advance(window);
-  const char32_t character = readCharacter(start.unit, next.unit).character;
-  if (hasPlace(character, *m_encoder)) {
-    m_outlet.waitForFront();
-    return {window.begin, Pause::again};
-  }
-  Window first = window;
-  first.end = next.in;
-  first.isLast = false;
-  Advance advanced = advance(first);
-  if (advanced.why == Pause::input) advanced.why = Pause::again;
-  return advanced;
+  m_outlet.waitForFront();
+  return {window.begin, Pause::again};
 }
 
 Transcoder::Engine::Advance Transcoder::Engine::advance(const Window& window) {
@@ -318,12 +308,16 @@ void Transcoder::Engine::copyUpTo(const Window& window, Decoder::State from, con
 }
 
 // Up to where a text with a loss behind it is to be copied. What reaches back begins behind
-// the last character; else what stands between that and the loss is copied too, and
-// something that only the loss has ended is not ended where that is left out.
+// the last character and what ends its run; else what stands between that and the loss is
+// copied too, and something that only the loss has ended is not ended where that is left out.
 Transcoder::Engine::Place Transcoder::Engine::lastCopied(const Window& window, const Place& start,
                                                          const Place& end, const Decoded& decoded) {
   const Place last = decoded.out == m_block ? start : find(window, start, decoded.out);
-  return decoded.back == 0 && last.in != end.in ? end : last;
+  if (decoded.back == 0) return last.in != end.in ? end : last;
+  const unsigned char* lost = decoded.in - std::min(end.in - last.in, std::ptrdiff_t{decoded.back});
+  decoder().restore(last.state);
+  decoder().decode({last.in, lost, false, m_block, std::end(m_block)});
+  return {lost, decoder().state(), last.unit};
 }
 
 // Brings the output to where text behind a loss may be copied again. That is decided by
@@ -339,9 +333,16 @@ bool Transcoder::Engine::mayCopyFrom(const Window& window) {
   return true;
 }
 
-// One character behind a loss.
+// One character behind a loss, or one byte that makes none: what ends a run may be all that
+// stands in front of text that is copied again.
 Transcoder::Engine::Advance Transcoder::Engine::encodeNext(const Window& window) {
   const Place place = here(window.begin);
+  const Window byte = firstOf(window, 1);
+  const Decoded alone = decodeOne(decoder(), {byte.begin, byte.end, false, m_block, nullptr});
+  if (alone.why == DecoderStop::end && alone.out == m_block && alone.in != byte.begin) {
+    return {alone.in, Pause::again};
+  }
+  decoder().restore(place.state);
   const Decoded next =
       decodeOne(decoder(), {window.begin, window.end, window.isLast, m_block, nullptr});
   if (next.out == m_block) return afterDecoding(window, window, next);

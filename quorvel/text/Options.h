@@ -92,7 +92,8 @@ struct Options {
   bool visualOrder = false;
 
   /// Called for each loss, in the order of the text. What it returns is done instead
-  /// of what the options say; without a value they decide. For a best fit no value
+  /// of what the options say; without a value they decide. An action that options are
+  /// refused for (see `whyRefused`) writes nothing. For a best fit no value
   /// lets it be, anything else makes it an unmappable character. What it throws ends
   /// the conversion and comes out of it.
   std::function<std::optional<Action>(const Loss&)> onLoss;

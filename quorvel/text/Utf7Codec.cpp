@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <bit>
 #include <span>
+#include <string_view>
 
 #include "quorvel/kernel/Base64Digits.hpp"
 #include "quorvel/kernel/Target.hpp"
@@ -89,8 +90,10 @@ class Utf7Decoder : public Decoder {
   // again.
   const unsigned char* runLoop(DecoderJob& rest) {
     constexpr std::ptrdiff_t worthIt = 32;
-    const std::ptrdiff_t length = std::min(rest.end - rest.in, (rest.outEnd - rest.out) / 2);
-    if (length < worthIt || m_now.hasHigh) return rest.in + 1;
+    const std::ptrdiff_t most = std::min(rest.end - rest.in, (rest.outEnd - rest.out) / 2);
+    if (most < worthIt || m_now.hasHigh) return rest.in + 1;
+    const std::ptrdiff_t length = upToSecondRun(rest.in, most);
+    if (length < worthIt) return rest.in + length;
     kernel::Utf7Reading run{m_now.isOpen, m_now.hasDigits(), m_now.bits, m_now.bitCount};
     const Progress progress = kernel::loops().utf7ToUtf16(rest.in, rest.in + length, rest.out, run);
     // Its units may be halves of pairs, or not.
@@ -107,6 +110,15 @@ class Utf7Decoder : public Decoder {
     rest.in = progress.in;
     rest.out = progress.out;
     return progress.in + worthIt;
+  }
+
+  // How much of the text there is in front of a run right behind another: half a pair that
+  // ends the first is none with what begins the second, and their units do not show it.
+  static std::ptrdiff_t upToSecondRun(const unsigned char* in, std::ptrdiff_t length) {
+    const std::string_view text(reinterpret_cast<const char*>(in),
+                                static_cast<std::size_t>(length));
+    const std::size_t hyphen = text.find("-+");
+    return hyphen == std::string_view::npos ? length : static_cast<std::ptrdiff_t>(hyphen) + 1;
   }
 
   // Whether the run in force behind [begin, in) has more than the digits that are left.

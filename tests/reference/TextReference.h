@@ -150,7 +150,16 @@ class Conversion {
     if (!first) first = loss;
   }
 
+  /// Whether rules that say so would be refused: then a handler's choice does nothing.
+  bool isOutOfPlace(const Loss& loss, Action action) const {
+    Rules rules;
+    rules.reconvert = m_rules.reconvert;
+    (loss.kind == LossKind::malformed ? rules.malformed : rules.unmappable) = action;
+    return isRefused(m_from, m_to, rules);
+  }
+
   bool settle(const Loss& loss, Action action, const Piece& piece) {
+    if (isOutOfPlace(loss, action)) return true;
     const std::string_view bytes = m_source.substr(piece.offset, piece.length);
     switch (action) {
       case Action::stop:
