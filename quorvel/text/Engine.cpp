@@ -135,6 +135,10 @@ Step Transcoder::Engine::run(std::string_view piece, bool isLast, std::span<char
   const std::size_t written = room.size() - m_outlet.room();
   m_report.bytesWritten += written;
   if (!m_report.stopped) m_report.bytesRead = m_memory.offset + m_memory.numCarried;
+  if (m_report.bytesWritten > m_report.bytesRead && m_report.bytesRead != 0) {
+    m_growth =
+        static_cast<double>(m_report.bytesWritten) / static_cast<double>(m_report.bytesRead);
+  }
   const Wants wants = pause == Pause::stopped ? Wants::reset
                       : pause == Pause::room  ? Wants::room
                       : m_isFinished          ? Wants::nothing
@@ -363,9 +367,10 @@ Transcoder::Engine::Advance Transcoder::Engine::convertDirectly(const Window& wi
   return {progress.in, progress.in == window.end ? Pause::input : Pause::again};
 }
 
-// For little room a small part will do: what does not fit is decoded again.
+// As much as is likely to fit: what does not is decoded again.
 Window Transcoder::Engine::partToDecode(const Window& window) const {
-  return firstOf(window, std::min(std::max(m_outlet.room(), fewestToDecode), bytesPerBlock));
+  const auto fits = static_cast<std::size_t>(static_cast<double>(m_outlet.room()) / m_growth);
+  return firstOf(window, std::min(std::max(fits, fewestToDecode), bytesPerBlock));
 }
 
 Transcoder::Engine::Advance Transcoder::Engine::decodeAndEncode(const Window& window,

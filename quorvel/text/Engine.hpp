@@ -144,6 +144,7 @@ class Transcoder::Engine {
   Report m_report;
   Source::Memory m_memory;
   const Source* m_source = nullptr;  // of the call
+  double m_growth = 1;  // bytes written for one read, so far, where they are more
   bool m_isMarkSettled = false;
   bool m_isInStep = true;  // what has been written is what has been read, where that is copied
   bool m_isFinished = false;
