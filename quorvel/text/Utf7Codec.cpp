@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -90,16 +91,11 @@ class Utf7Decoder : public Decoder {
   // again.
   const unsigned char* runLoop(DecoderJob& rest) {
     constexpr std::ptrdiff_t worthIt = 32;
-    const std::ptrdiff_t most = std::min(rest.end - rest.in, (rest.outEnd - rest.out) / 2);
-    if (most < worthIt || m_now.hasHigh) return rest.in + 1;
-    const std::ptrdiff_t length = upToSecondRun(rest.in, most);
-    if (length < worthIt) return rest.in + length;
+    const std::ptrdiff_t length = std::min(rest.end - rest.in, (rest.outEnd - rest.out) / 2);
+    if (length < worthIt || m_now.hasHigh) return rest.in + 1;
     kernel::Utf7Reading run{m_now.isOpen, m_now.hasDigits(), m_now.bits, m_now.bitCount};
     const Progress progress = kernel::loops().utf7ToUtf16(rest.in, rest.in + length, rest.out, run);
-    // Its units may be halves of pairs, or not.
-    if (kernel::loops().utf16ToUtf16(rest.out, progress.out, rest.out).why != Stop::end) {
-      return progress.in;
-    }
+    if (mayHaveHalves(rest.in, progress.in, rest.out, progress.out)) return progress.in;
     const Reading before = m_now;
     m_now.isOpen = run.isOpen;
     keep(run.bits, run.bitCount);
@@ -112,13 +108,29 @@ class Utf7Decoder : public Decoder {
     return progress.in + worthIt;
   }
 
-  // How much of the text there is in front of a run right behind another: half a pair that
-  // ends the first is none with what begins the second, and their units do not show it.
-  static std::ptrdiff_t upToSecondRun(const unsigned char* in, std::ptrdiff_t length) {
+  // Whether units made of [in, end) may be halves of pairs: alone, or in two runs, of which
+  // one ends with a hyphen right in front of the other and the units show nothing.
+  static bool mayHaveHalves(const unsigned char* in, const unsigned char* end, unsigned char* units,
+                            unsigned char* unitsEnd) {
+    if (!haveSurrogates(units, unitsEnd)) return false;
     const std::string_view text(reinterpret_cast<const char*>(in),
-                                static_cast<std::size_t>(length));
-    const std::size_t hyphen = text.find("-+");
-    return hyphen == std::string_view::npos ? length : static_cast<std::ptrdiff_t>(hyphen) + 1;
+                                static_cast<std::size_t>(end - in));
+    return text.find("-+") != std::string_view::npos ||
+           kernel::loops().utf16ToUtf16(units, unitsEnd, units).why != Stop::end;
+  }
+
+  static bool haveSurrogates(const unsigned char* units, const unsigned char* end) {
+    // With their number known the compiler makes vector code of it.
+    constexpr std::ptrdiff_t atOnce = 64;
+    for (; end - units >= 2 * atOnce; units += 2 * atOnce) {
+      std::uint16_t values[atOnce];
+      std::memcpy(values, units, sizeof values);
+      std::uint16_t found = 0;
+      for (const std::uint16_t value : values) found |= (value & 0xF800) == 0xD800 ? 0xFFFF : 0;
+      if (found != 0) return true;
+    }
+    while (units != end && !isSurrogate(loadUnit(units))) units += 2;
+    return units != end;
   }
 
   // Whether the run in force behind [begin, in) has more than the digits that are left.
