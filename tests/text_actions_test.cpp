@@ -218,7 +218,7 @@ TEST(TextActions, PreserveMalformedBytesInUnicode) {
       {65001, 1200, "80", "80 DC"},
       {65001, 12001, "C3", "00 00 DC C3"},
       {932, 65001, "81 FF 61", "ED B2 81 ED B3 BF 61"},
-      {65001, 65001, "61 FF", "61 ED B3 BF"},
+      {65001, 65001, "61 FF ED B3 BF", "61 FF ED B3 BF"},
       // A byte below 80 is the character of that value.
       {1201, 65001, "00 61 62", "61 62"},
       {12001, 65001, "00 11 00 00", "00 11 00 00"},
@@ -240,10 +240,12 @@ TEST(TextActions, PreserveLoneHalvesAndTurnThoseOfBytesIntoBytesAgain) {
       // Unicode keeps each as it is.
       {1201, 65001, "D8 00 00 61", "ED A0 80 61"},
       {1201, 1200, "DC 81 D8 00", "81 DC 00 D8"},
-      {65001, 1201, "ED B2 81", "DC 81"},
+      // But in UTF-8 those of bytes are bytes, from there and back.
+      {1201, 65001, "DC 81 DC FF 00 61", "81 FF 61"},
+      {65001, 1201, "ED B2 81", "DC ED DC B2 DC 81"},
       {12000, 1200, "81 DC 00 00", "81 DC"},
-      // In UTF-8 only those of bytes are read: ED A0 80 are three bytes.
-      {65001, 1201, "ED A0 80", "DC ED DC A0 DC 80"},
+      {65001, 1201, "ED A0 80 ED B1 BF ED B4 80", "D8 00 DC 7F DD 00"},
+      {65001, 932, "ED A0 80", "ED A0 80"},
   };
   // D800 and DC00 are a pair, which 932 lacks.
   rules.unmappable = Action::drop;
@@ -265,6 +267,29 @@ TEST(TextActions, PreserveEveryByteThroughUnicodeAndBack) {
         EXPECT_EQ(hex(door.convert(unicode, page, there.text, rules).text), hex(damaged))
             << page << " by way of " << unicode << " by " << door.name;
       }
+    }
+  }
+}
+
+TEST(TextActions, PreserveWhatIsMalformedInUnicodeThroughOtherUnicodeAndBack) {
+  Rules rules;
+  rules.malformed = Action::preserve;
+  const struct {
+    int from;
+    int by;
+    const char* source;
+  } trips[] = {
+      {65001, 1200, "61 FF C3 ED A0 80 61 ED B3 BF F4 90 80 80 E3 81"},
+      {65001, 12001, "61 FF C3 ED A0 80 61 ED B3 BF F4 90 80 80 E3 81"},
+      {1200, 65001, "00 D8 61 00 FF DC 61 00 80 DC 00 DE FF DB"},
+      {12000, 65001, "00 D8 00 00 61 00 00 00 FF DC 00 00"},
+      {1201, 12000, "D8 00 00 61 DC FF DE 00"},
+  };
+  for (const Door& door : doors) {
+    for (const auto& trip : trips) {
+      const Result there = door.convert(trip.from, trip.by, byteString(trip.source), rules);
+      EXPECT_EQ(hex(door.convert(trip.by, trip.from, there.text, rules).text), trip.source)
+          << trip.from << " by way of " << trip.by << " by " << door.name;
     }
   }
 }

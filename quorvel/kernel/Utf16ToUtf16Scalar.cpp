@@ -24,7 +24,8 @@ bool hasSurrogate(std::uint64_t units) {
 
 template <Order source>
 unsigned int unitAt(const unsigned char* in) {
-  return source == Order::lowFirst ? loadUnit(in) : in[0] << 8U | in[1];
+  const unsigned int unit = loadUnit(in);
+  return source == Order::lowFirst ? unit : (unit << 8 & 0xFF00U) | unit >> 8;
 }
 
 template <Order source, Order destination>

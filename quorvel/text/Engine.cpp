@@ -65,6 +65,14 @@ Window firstOf(const Window& window, std::size_t most) {
   return part;
 }
 
+// Whether the three bytes that ED and `second` begin are one loss on their way to `to`: the
+// half that stands for a byte on its way back to where bytes are, any other half on its way
+// back to UTF-16 or UTF-32, where it has come from.
+bool isPreservedFor(Encoding to, unsigned char second) {
+  const bool isOfByte = (second & 0xFE) == 0xB2;
+  return isTransformation(to) ? second >= 0xA0 && second <= 0xBF && !isOfByte : isOfByte;
+}
+
 // What reaches back may begin in front of the window, of which there may be none.
 const unsigned char* behindLoss(const Decoded& lost) {
   return lost.in + (lost.length > lost.back ? lost.length - lost.back : 0);
@@ -136,8 +144,7 @@ Step Transcoder::Engine::run(std::string_view piece, bool isLast, std::span<char
   m_report.bytesWritten += written;
   if (!m_report.stopped) m_report.bytesRead = m_memory.offset + m_memory.numCarried;
   if (m_report.bytesWritten > m_report.bytesRead && m_report.bytesRead != 0) {
-    m_growth =
-        static_cast<double>(m_report.bytesWritten) / static_cast<double>(m_report.bytesRead);
+    m_growth = static_cast<double>(m_report.bytesWritten) / static_cast<double>(m_report.bytesRead);
   }
   const Wants wants = pause == Pause::stopped ? Wants::reset
                       : pause == Pause::room  ? Wants::room
@@ -419,34 +426,36 @@ Transcoder::Engine::Advance Transcoder::Engine::encodeBlock(const Window& window
     const UnitsRead read = readCharacter(unit, decoded.out);
     if (encoded.why == EncoderStop::unmappable && loseUnseen(read.character)) {
       unit += read.length;
-      const bool isWritten = m_outlet.drain();
-      if (isWritten && hasRoomFor(unit, decoded.out, places)) continue;
-      place = find(window, places.lastBefore(unit), unit);
-      forgetLosses(places, unit);
-      return {place.in, isWritten ? Pause::again : Pause::room};
+      const Pause pause = goOnBehindLoss(unit, decoded.out, places);
+      if (pause == Pause::input) continue;
+      return {find(window, places.lastBefore(unit), unit).in, pause};
     }
     const Place& known = places.lastBefore(unit);
     place = find(window, known.unit < place.unit ? place : known, unit);
     if (encoded.why == EncoderStop::room) return encodeNextInto(window, place);
     const Place next = behind(window, place);
-    const Pause pause = loseCharacter(window, place, next);
-    const bool isStopped = pause == Pause::stopped;
-    const bool isWritten = isStopped || m_outlet.drain();
-    if (isStopped || !isWritten || !hasRoomFor(next.unit, decoded.out, places)) {
+    if (loseCharacter(window, place, next) == Pause::stopped) {
       forgetLosses(places, unit);
-      if (isStopped) return {place.in, pause};
-      return {next.in, isWritten ? Pause::again : Pause::room};
+      return {place.in, Pause::stopped};
     }
+    const Pause pause = goOnBehindLoss(next.unit, decoded.out, places);
+    if (pause != Pause::input) return {next.in, pause};
     place = next;
     unit = next.unit;
   }
 }
 
-// Whether a block with losses in it may go on at `unit`, characters having been replaced.
-bool Transcoder::Engine::hasRoomFor(const unsigned char* unit, const unsigned char* end,
-                                    const Places& places) const {
+// Whether a block may go on at `unit`, behind a character that was replaced: `Pause::input`
+// says so. A block with losses in it needs room for all that is left of it.
+Transcoder::Engine::Pause Transcoder::Engine::goOnBehindLoss(const unsigned char* unit,
+                                                             const unsigned char* end,
+                                                             const Places& places) {
+  const bool isWritten = m_outlet.drain();
   const auto units = static_cast<std::size_t>(end - unit) / 2;
-  return places.numBehind(unit) == 0 || units * m_to.mostBytes() <= m_outlet.room();
+  const bool isEnough = places.numBehind(unit) == 0 || units * m_to.mostBytes() <= m_outlet.room();
+  if (isWritten && isEnough) return Pause::input;
+  forgetLosses(places, unit);
+  return isWritten ? Pause::again : Pause::room;
 }
 
 // Those behind `unit` will come again.
@@ -591,7 +600,7 @@ Decoded Transcoder::Engine::withPreservedForm(const Window& window, Decoded deco
   if (m_options.malformed != Action::preserve || m_from != Encoding::utf8()) return decoded;
   const std::ptrdiff_t available = std::min<std::ptrdiff_t>(window.end - decoded.in, 3);
   const unsigned char* in = decoded.in;
-  if (in[0] != 0xED || (available > 1 && (in[1] & 0xFE) != 0xB2) ||
+  if (in[0] != 0xED || (available > 1 && !isPreservedFor(m_to, in[1])) ||
       (available > 2 && (in[2] & 0xC0) != 0x80)) {
     return decoded;
   }

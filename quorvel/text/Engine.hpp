@@ -122,7 +122,7 @@ class Transcoder::Engine {
   Decoded withPreservedForm(const Window& window, Decoded decoded) const;
   Pause lose(const Loss& loss, Action action);
   bool mayLoseAmongText() const;
-  bool hasRoomFor(const unsigned char* unit, const unsigned char* end, const Places& places) const;
+  Pause goOnBehindLoss(const unsigned char* unit, const unsigned char* end, const Places& places);
   void forgetLosses(const Places& places, const unsigned char* unit);
   unsigned char* loseAmongText(const Window& window, const Decoded& decoded,
                                const unsigned char* outEnd);
@@ -144,7 +144,7 @@ class Transcoder::Engine {
   Report m_report;
   Source::Memory m_memory;
   const Source* m_source = nullptr;  // of the call
-  double m_growth = 1;  // bytes written for one read, so far, where they are more
+  double m_growth = 1;               // bytes written for one read, so far, where they are more
   bool m_isMarkSettled = false;
   bool m_isInStep = true;  // what has been written is what has been read, where that is copied
   bool m_isFinished = false;

@@ -99,7 +99,7 @@ class GrowingString {
   std::size_t expectedUnits(std::size_t taken, std::size_t left) const {
     const std::size_t used = m_size + written();
     const double growth = static_cast<double>(written()) / static_cast<double>(taken);
-    const double most =
+    const auto most =
         static_cast<double>(m_report.isLossless() ? m_out.max_size() : std::max(used, bytesAtOnce));
     const double more = std::min(growth * 1.0625 * static_cast<double>(left), most);
     const std::size_t bytes = std::max(static_cast<std::size_t>(more), bytesAtOnce);

@@ -27,11 +27,12 @@ enum class Action {
   reconvert,
   /// Bytes that are no character survive a trip into UTF-8, UTF-16 or UTF-32 and
   /// back: in UTF-16 and UTF-32 as the lone surrogates DC80 to DCFF, in UTF-8 as
-  /// their three-byte form, neither of which is well-formed. Of bytes below 80 the
-  /// character of that value is written. For malformed bytes alone, and where at
-  /// least one side is one of these. Between two of these what was a byte stays a lone
-  /// surrogate. Only `Options::malformed` makes one loss of a three-byte form; a handler
-  /// that chooses this sees three.
+  /// their three-byte form, neither of which is well-formed; and lone surrogates of UTF-16 a
+  /// trip into UTF-8. Out of UTF-16 or UTF-32 into UTF-8 those of bytes are bytes again. Of
+  /// bytes below 80 the character of that value is written. Where what is preserved happens
+  /// to stand beside what makes a character with it, it becomes that. For malformed bytes
+  /// alone, and where at least one side is one of these. Only `Options::malformed` makes one
+  /// loss of a three-byte form; a handler that chooses this sees three.
   preserve,
 };
 

@@ -205,9 +205,12 @@ void Replacement::preserve(const Loss& loss, Encoding readAs, Outlet& outlet) {
   }
 }
 
-// Elsewhere than in Unicode it is the byte that it stands for, or nothing.
+// Elsewhere than in Unicode it is the byte that it stands for, or nothing; and in UTF-8 that
+// byte too where the source is such text itself, which may have got it from there.
 void Replacement::preserveSurrogate(unsigned int surrogate, Outlet& outlet) {
-  if (isTransformation(m_to)) {
+  const bool goesBack =
+      m_to == Encoding::utf8() && isTransformation(m_from) && isPreservedByte(surrogate);
+  if (isTransformation(m_to) && !goesBack) {
     outlet.waitEncoded(surrogate);
   } else if (isPreservedByte(surrogate)) {
     const auto byte = static_cast<unsigned char>(surrogate);

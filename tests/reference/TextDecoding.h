@@ -25,9 +25,13 @@ struct Piece {
 
 using Pieces = std::vector<Piece>;
 
+/// Which surrogate halves in three bytes are one loss: those that stand for bytes, DC80 to
+/// DCFF, or the others.
+enum class HalvesInUtf8 { none, ofBytes, others };
+
 struct DecodeRules {
   bool keepsMark = false;
-  bool readsHalvesInUtf8 = false;  ///< DC80 to DCFF in three bytes are one loss
+  HalvesInUtf8 halves = HalvesInUtf8::none;
 };
 
 inline int byteAt(std::string_view text, std::size_t at) {
@@ -68,7 +72,11 @@ inline std::pair<int, int> secondBytes(int lead) {
 inline Piece utf8Piece(std::string_view text, std::size_t at, const DecodeRules& rules) {
   const int lead = byteAt(text, at);
   if (isAscii(lead)) return character(at, 1, static_cast<char32_t>(lead));
-  if (rules.readsHalvesInUtf8 && lead == 0xED && isWithin(byteAt(text, at + 1), 0xB2, 0xB3) &&
+  const bool isHalfOfByte = isWithin(byteAt(text, at + 1), 0xB2, 0xB3);
+  const bool isRead = rules.halves == HalvesInUtf8::ofBytes
+                          ? isHalfOfByte
+                          : isWithin(byteAt(text, at + 1), 0xA0, 0xBF) && !isHalfOfByte;
+  if (rules.halves != HalvesInUtf8::none && lead == 0xED && isRead &&
       isWithin(byteAt(text, at + 2), 0x80, 0xBF)) {
     const int low = (byteAt(text, at + 1) & 0x3F) << 6 | (byteAt(text, at + 2) & 0x3F);
     return lostHalf(at, 3, 0xD000 | static_cast<char32_t>(low));

@@ -82,7 +82,10 @@ class Conversion {
       : m_from(from), m_to(to), m_source(source), m_rules(rules), m_out(to) {}
 
   Result run() {
-    const DecodeRules decoding{m_rules.keepsMark, m_rules.malformed == Action::preserve};
+    const HalvesInUtf8 halves = m_rules.malformed != Action::preserve ? HalvesInUtf8::none
+                                : isUtf81632(m_to)                    ? HalvesInUtf8::others
+                                                                      : HalvesInUtf8::ofBytes;
+    const DecodeRules decoding{m_rules.keepsMark, halves};
     for (const Piece& piece : decode(m_from, m_source, decoding)) {
       if (piece.character ? !convertCharacter(piece) : !convertMalformed(piece)) {
         m_report.stopped = true;
@@ -230,7 +233,8 @@ class Conversion {
   }
 
   void preserveHalf(char32_t half) {
-    if (isUtf81632(m_to)) {
+    const bool goesBack = m_to == 65001 && isUtf81632(m_from) && isWithin(half, 0xDC80, 0xDCFF);
+    if (isUtf81632(m_to) && !goesBack) {
       m_out.putRaw(inUnicode(m_to, half));
     } else if (isWithin(half, 0xDC80, 0xDCFF)) {
       m_out.putRaw(std::string(1, static_cast<char>(half & 0xFF)));
