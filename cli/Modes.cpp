@@ -128,13 +128,20 @@ ExitStatus checkFiles(const Options& options, Messages& messages) {
   return worse(list.status, runWithProgress(options, false, list, messages, run));
 }
 
-// --- The table --------------------------------------------------------------
+// --- Telling ----------------------------------------------------------------
 
 template <std::string (*text)()>
 ExitStatus print(const Options&, Messages& messages) {
   messages.print(text());
   return ExitStatus::allConverted;
 }
+
+ExitStatus listEncodings(const Options& options, Messages& messages) {
+  messages.print(options.isJson ? listAsJson() : listByFamily());
+  return ExitStatus::allConverted;
+}
+
+// --- The table --------------------------------------------------------------
 
 struct ModeRow {
   Mode mode;
@@ -143,7 +150,7 @@ struct ModeRow {
 
 constexpr std::array modes = {
     ModeRow{Mode::convert, convertFiles},       ModeRow{Mode::check, checkFiles},
-    ModeRow{Mode::list, print<listEncodings>},  ModeRow{Mode::help, print<helpText>},
+    ModeRow{Mode::list, listEncodings},         ModeRow{Mode::help, print<helpText>},
     ModeRow{Mode::version, print<versionText>},
 };
 

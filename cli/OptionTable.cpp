@@ -198,7 +198,8 @@ constexpr std::array rows = {
               "10004 is read as text in visual order", readVisually},
 
     OptionRow{OptionGroup::looking, "-l,--list", ValueKind::none, "",
-              "list the encodings: number, name, title, other names", takeMode<Mode::list>},
+              "list the encodings by family: number, name, title, other names",
+              takeMode<Mode::list>},
     OptionRow{OptionGroup::looking, "--check", ValueKind::none, "",
               "only list what would be lost, without -t what is malformed", takeMode<Mode::check>},
     OptionRow{OptionGroup::looking, "--all", ValueKind::none, "",

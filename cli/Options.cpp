@@ -203,14 +203,21 @@ struct Contradiction {
   std::string_view remedy;
 };
 
+bool hasJson(Mode mode) { return mode == Mode::check || mode == Mode::list; }
+
+// Of encodings, without reading anything.
+bool tells(Mode mode) { return mode == Mode::list; }
+
 bool namesFiles(const Draft& draft) { return !draft.files.empty() || draft.filesFrom; }
 
 constexpr std::array contradictions = {
     Contradiction{
         [](const Draft& draft, Mode mode) { return draft.showsAll && mode != Mode::check; },
         "--all", "there is nothing to show all of", "add --check"},
-    Contradiction{[](const Draft& draft, Mode mode) { return draft.isJson && mode != Mode::check; },
-                  "--json", "a conversion has no result in JSON", "add --check"},
+    Contradiction{[](const Draft& draft, Mode mode) { return draft.isJson && !hasJson(mode); },
+                  "--json", "there is no result in JSON", "--check and -l have one"},
+    Contradiction{[](const Draft& draft, Mode mode) { return namesFiles(draft) && tells(mode); },
+                  "FILE", "no file is read", "leave it out"},
     Contradiction{[](const Draft& draft, Mode mode) {
                     return draft.output.has_value() && mode != Mode::convert;
                   },
@@ -263,6 +270,7 @@ Options readOptions(int argc, const char* const* argv) {
   options.outputDirectory = draft.outputDirectory;
   options.numJobs = draft.numJobs;
   options.showProgress = draft.showProgress;
+  options.isJson = draft.isJson;
   return options;
 }
 

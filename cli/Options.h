@@ -25,6 +25,7 @@ struct Options {
   std::optional<std::string> outputDirectory;  ///< each file goes there
   unsigned int numJobs = 1;
   ShowProgress showProgress = ShowProgress::automatic;
+  bool isJson = false;  ///< what is printed is for programs
 };
 
 /// Reads the command line, in the locale that the program has set. Throws `WrongUse`.
