@@ -6,15 +6,18 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 
+#include "cli/Chart.h"
 #include "cli/Check.h"
 #include "cli/Conversion.h"
 #include "cli/ConvertEach.h"
 #include "cli/FileError.h"
 #include "cli/FileList.h"
 #include "cli/Help.h"
+#include "cli/Information.h"
 #include "cli/Jobs.h"
 #include "cli/Listing.h"
 #include "cli/Output.h"
@@ -141,6 +144,24 @@ ExitStatus listEncodings(const Options& options, Messages& messages) {
   return ExitStatus::allConverted;
 }
 
+ExitStatus tellOfEncoding(const Options& options, Messages& messages) {
+  messages.print(informationOn(options.encoding));
+  return ExitStatus::allConverted;
+}
+
+// NO_COLOR, where it is set and not empty, is how people ask all programs for none.
+Colours coloursOfStandardOutput() {
+  // No other thread runs.
+  const char* const noColour = std::getenv("NO_COLOR");  // NOLINT(concurrency-mt-unsafe)
+  const bool isUnwanted = noColour && *noColour != '\0';
+  return !isUnwanted && ::isatty(STDOUT_FILENO) == 1 ? Colours::yes : Colours::no;
+}
+
+ExitStatus drawChart(const Options& options, Messages& messages) {
+  messages.print(draw(options.chart, coloursOfStandardOutput()));
+  return ExitStatus::allConverted;
+}
+
 // --- The table --------------------------------------------------------------
 
 struct ModeRow {
@@ -151,6 +172,7 @@ struct ModeRow {
 constexpr std::array modes = {
     ModeRow{Mode::convert, convertFiles},       ModeRow{Mode::check, checkFiles},
     ModeRow{Mode::list, listEncodings},         ModeRow{Mode::help, print<helpText>},
+    ModeRow{Mode::info, tellOfEncoding},        ModeRow{Mode::chart, drawChart},
     ModeRow{Mode::version, print<versionText>},
 };
 

@@ -85,6 +85,12 @@ void takeMode(Draft& draft, const std::string&, std::string_view option) {
   draft.modeOption = option;
 }
 
+template <Mode mode>
+void takeModeAndSubject(Draft& draft, const std::string& value, std::string_view option) {
+  takeMode<mode>(draft, value, option);
+  draft.subject = value;
+}
+
 // An empty value is what a script passes whose variable is not set.
 template <std::optional<std::string> Draft::*member>
 void takeText(Draft& draft, const std::string& value, std::string_view option) {
@@ -200,6 +206,11 @@ constexpr std::array rows = {
     OptionRow{OptionGroup::looking, "-l,--list", ValueKind::none, "",
               "list the encodings by family: number, name, title, other names",
               takeMode<Mode::list>},
+    OptionRow{OptionGroup::looking, "--info", ValueKind::needed, "ENCODING",
+              "tell what there is to say of an encoding", takeModeAndSubject<Mode::info>},
+    OptionRow{OptionGroup::looking, "--chart", ValueKind::needed, "CHART",
+              "draw a page, 1252; codes behind a lead, 932:81; what differs, 437,850",
+              takeModeAndSubject<Mode::chart>},
     OptionRow{OptionGroup::looking, "--check", ValueKind::none, "",
               "only list what would be lost, without -t what is malformed", takeMode<Mode::check>},
     OptionRow{OptionGroup::looking, "--all", ValueKind::none, "",

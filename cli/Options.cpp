@@ -206,7 +206,7 @@ struct Contradiction {
 bool hasJson(Mode mode) { return mode == Mode::check || mode == Mode::list; }
 
 // Of encodings, without reading anything.
-bool tells(Mode mode) { return mode == Mode::list; }
+bool tells(Mode mode) { return mode == Mode::list || mode == Mode::info || mode == Mode::chart; }
 
 bool namesFiles(const Draft& draft) { return !draft.files.empty() || draft.filesFrom; }
 
@@ -264,6 +264,9 @@ Options readOptions(int argc, const char* const* argv) {
   refuseContradictions(draft, options.mode);
   if (options.mode == Mode::convert) options.rules = rulesOf(draft);
   if (options.mode == Mode::check) options.check = checkRulesOf(draft);
+  if (options.mode == Mode::info)
+    options.encoding = chooseEncoding(draft.subject, "--info").encoding;
+  if (options.mode == Mode::chart) options.chart = readChartRequest(draft.subject, "--chart");
   options.output = draft.output.value_or("");
   options.files = fileArgumentsOf(draft);
   options.inPlaceSuffix = draft.inPlaceSuffix;
