@@ -43,6 +43,11 @@ std::vector<Candidate> detectEncoding(std::string_view text, bool goesOn) {
                                       .goesOn = goesOn});
 }
 
+std::vector<Candidate> detectEncoding(Input& input) {
+  const Input::Beginning beginning = input.lookAhead(quorvel::text::mostBytesDetected);
+  return detectEncoding(beginning.bytes, beginning.goesOn);
+}
+
 std::string candidatesAsText(std::span<const Candidate> candidates, std::string_view file) {
   std::vector<std::vector<std::string>> rows;
   for (const Candidate& candidate : candidates) {

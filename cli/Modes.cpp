@@ -7,21 +7,27 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "cli/Chart.h"
 #include "cli/Check.h"
 #include "cli/Conversion.h"
 #include "cli/ConvertEach.h"
+#include "cli/Detection.h"
 #include "cli/FileError.h"
 #include "cli/FileList.h"
+#include "cli/Fits.h"
 #include "cli/Help.h"
 #include "cli/Information.h"
 #include "cli/Jobs.h"
 #include "cli/Listing.h"
 #include "cli/Output.h"
 #include "cli/ProgressBar.h"
+#include "cli/Sentences.h"
+#include "quorvel/base/OneLine.hpp"
 
 namespace qvconv {
 
@@ -107,28 +113,66 @@ ExitStatus convertFiles(const Options& options, Messages& messages) {
   return worse(status, list.status);
 }
 
-// --- Checking ---------------------------------------------------------------
+// --- Looking at files -------------------------------------------------------
 
-ExitStatus checkFile(const std::string& file, Check& check, Messages& messages) try {
+// Looks at one input after another and prints what it finds.
+using Look = std::function<ExitStatus(Input& input, Messages& messages)>;
+
+ExitStatus lookAtFile(const std::string& file, const Look& look, Messages& messages) try {
   Input input(file);
-  return check.run(input, messages);
+  return look(input, messages);
 } catch (const InputError& error) {
   messages.complain(error.what());
   return ExitStatus::failed;
 }
 
-ExitStatus checkFiles(const Options& options, Messages& messages) {
+ExitStatus lookAtFiles(const Options& options, const std::function<Look()>& makeLook,
+                       Messages& messages) {
   const FileList list = listFiles(options.files, messages);
   const auto makeWorker = [&]() -> Worker {
-    auto check = std::make_shared<Check>(options.check);
-    return [check](const FileEntry& file, Messages& ofFile) {
-      return checkFile(file.path, *check, ofFile);
+    return [look = makeLook()](const FileEntry& file, Messages& ofFile) {
+      return lookAtFile(file.path, look, ofFile);
     };
   };
   const auto run = [&](Messages& used) {
     return runJobs(list.files, options.numJobs, makeWorker, used);
   };
   return worse(list.status, runWithProgress(options, false, list, messages, run));
+}
+
+ExitStatus checkFiles(const Options& options, Messages& messages) {
+  const auto makeLook = [&]() -> Look {
+    auto check = std::make_shared<Check>(options.check);
+    return [check](Input& input, Messages& ofFile) { return check->run(input, ofFile); };
+  };
+  return lookAtFiles(options, makeLook, messages);
+}
+
+ExitStatus detectFiles(const Options& options, Messages& messages) {
+  const auto look = [&](Input& input, Messages& ofFile) {
+    const std::vector<quorvel::text::Candidate> candidates = detectEncoding(input);
+    ofFile.print(options.isJson ? candidatesAsJson(candidates, input.path())
+                                : candidatesAsText(candidates, quorvel::oneLine(input.name())));
+    // Nothing more of it will be looked at.
+    ofFile.advance(static_cast<std::size_t>(input.size().value_or(0)));
+    return ExitStatus::allConverted;
+  };
+  return lookAtFiles(
+      options, [&] { return look; }, messages);
+}
+
+ExitStatus fitFiles(const Options& options, Messages& messages) {
+  const auto look = [&](Input& input, Messages& ofFile) {
+    const quorvel::text::Repertoire repertoire = repertoireOf(input, options.encoding, ofFile);
+    ofFile.print(options.isJson ? fitsAsJson(repertoire, input.path())
+                                : fitsAsText(repertoire, quorvel::oneLine(input.name())));
+    if (repertoire.report().isLossless()) return ExitStatus::allConverted;
+    ofFile.complain(input.name() + ": " + countsSentence(repertoire.report()) +
+                    " left out (-f names its encoding; --detect looks for it)");
+    return ExitStatus::failed;
+  };
+  return lookAtFiles(
+      options, [&] { return look; }, messages);
 }
 
 // --- Telling ----------------------------------------------------------------
@@ -173,6 +217,7 @@ constexpr std::array modes = {
     ModeRow{Mode::convert, convertFiles},       ModeRow{Mode::check, checkFiles},
     ModeRow{Mode::list, listEncodings},         ModeRow{Mode::help, print<helpText>},
     ModeRow{Mode::info, tellOfEncoding},        ModeRow{Mode::chart, drawChart},
+    ModeRow{Mode::detect, detectFiles},         ModeRow{Mode::fits, fitFiles},
     ModeRow{Mode::version, print<versionText>},
 };
 

@@ -151,8 +151,12 @@ void refuseRules(const Rules& rules) {
   }
 }
 
+EncodingChoice sourceOf(const Draft& draft) {
+  return draft.from ? chooseEncoding(*draft.from, "-f") : localeEncoding("-f");
+}
+
 Rules rulesOf(const Draft& draft) {
-  const EncodingChoice from = draft.from ? chooseEncoding(*draft.from, "-f") : localeEncoding("-f");
+  const EncodingChoice from = sourceOf(draft);
   const EncodingChoice to = draft.to ? chooseEncoding(*draft.to, "-t") : localeEncoding("-t");
   Rules rules{from.encoding, to.encoding, {from.name, to.name}, draft.text};
   quorvel::text::Options& text = rules.options;
@@ -166,7 +170,7 @@ Rules rulesOf(const Draft& draft) {
 }
 
 CheckRules checkRulesOf(const Draft& draft) {
-  const EncodingChoice from = draft.from ? chooseEncoding(*draft.from, "-f") : localeEncoding("-f");
+  const EncodingChoice from = sourceOf(draft);
   CheckRules rules;
   rules.from = from.encoding;
   rules.names.from = from.name;
@@ -203,7 +207,9 @@ struct Contradiction {
   std::string_view remedy;
 };
 
-bool hasJson(Mode mode) { return mode == Mode::check || mode == Mode::list; }
+bool hasJson(Mode mode) {
+  return mode == Mode::check || mode == Mode::detect || mode == Mode::fits || mode == Mode::list;
+}
 
 // Of encodings, without reading anything.
 bool tells(Mode mode) { return mode == Mode::list || mode == Mode::info || mode == Mode::chart; }
@@ -215,7 +221,14 @@ constexpr std::array contradictions = {
         [](const Draft& draft, Mode mode) { return draft.showsAll && mode != Mode::check; },
         "--all", "there is nothing to show all of", "add --check"},
     Contradiction{[](const Draft& draft, Mode mode) { return draft.isJson && !hasJson(mode); },
-                  "--json", "there is no result in JSON", "--check and -l have one"},
+                  "--json", "there is no result in JSON",
+                  "--check, --detect, --fits and -l have one"},
+    Contradiction{[](const Draft& draft, Mode mode) { return draft.from && mode == Mode::detect; },
+                  "-f", "--detect is to find it", "leave it out, or ask for --check"},
+    Contradiction{[](const Draft& draft, Mode mode) {
+                    return draft.to && (mode == Mode::detect || mode == Mode::fits);
+                  },
+                  "-t", "nothing is converted", "leave it out, or ask for --check"},
     Contradiction{[](const Draft& draft, Mode mode) { return namesFiles(draft) && tells(mode); },
                   "FILE", "no file is read", "leave it out"},
     Contradiction{[](const Draft& draft, Mode mode) {
@@ -264,6 +277,7 @@ Options readOptions(int argc, const char* const* argv) {
   refuseContradictions(draft, options.mode);
   if (options.mode == Mode::convert) options.rules = rulesOf(draft);
   if (options.mode == Mode::check) options.check = checkRulesOf(draft);
+  if (options.mode == Mode::fits) options.encoding = sourceOf(draft).encoding;
   if (options.mode == Mode::info)
     options.encoding = chooseEncoding(draft.subject, "--info").encoding;
   if (options.mode == Mode::chart) options.chart = readChartRequest(draft.subject, "--chart");

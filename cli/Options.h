@@ -14,16 +14,19 @@
 namespace qvconv {
 
 /// What the command is to do; Modes.cpp has the function of each.
-enum class Mode { convert, check, list, info, chart, help, version };
+enum class Mode { convert, check, detect, fits, list, info, chart, help, version };
 
 /// What the command line asks for.
 struct Options {
   Mode mode = Mode::convert;
-  Rules rules;       ///< what is converted, and how
-  CheckRules check;  ///< what is checked, and how
-  quorvel::text::Encoding encoding = quorvel::text::Encoding::utf8();  ///< what to tell of
-  ChartRequest chart;                                                  ///< what to draw
-  FileArguments files;                                                 ///< what to read
+  Rules rules;         ///< what is converted, and how
+  CheckRules check;    ///< what is checked, and how
+  ChartRequest chart;  ///< what to draw
+
+  /// What to tell of, or what texts are in whose characters are asked for.
+  quorvel::text::Encoding encoding = quorvel::text::Encoding::utf8();
+
+  FileArguments files;                         ///< what to read
   std::string output;                          ///< the one file to write; empty for standard output
   std::optional<std::string> inPlaceSuffix;    ///< each file is replaced; may be empty
   std::optional<std::string> outputDirectory;  ///< each file goes there

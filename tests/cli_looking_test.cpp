@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "cli/Chart.h"
@@ -14,6 +15,7 @@ namespace {
 
 using quorvel::text::Encoding;
 using quorvel_test::Command;
+using quorvel_test::Finished;
 using qvconv::Colours;
 using testing::HasSubstr;
 using testing::Not;
@@ -103,6 +105,106 @@ TEST_F(Command, ColoursChartsOnATerminalAlone) {
   EXPECT_THAT(onTerminal("env NO_COLOR=1"), Not(HasSubstr("\x1B")));
   EXPECT_THAT(onTerminal("env NO_COLOR=1"), HasSubstr("1252  windows-1252"));
   EXPECT_THAT(runShell(chart).out, Not(HasSubstr("\x1B")));
+}
+
+// --- Files ------------------------------------------------------------------
+
+TEST_F(Command, DetectsWhatFilesMayBeIn) {
+  write("ascii", "plain");
+  write("utf-8", "caf\u00E9");
+  expectConverted(run("--detect ascii utf-8"),
+                  "ascii\n  20127  us-ascii  no loss  US-ASCII (7-bit)\n"
+                  "utf-8\n  65001  utf-8  no loss  Unicode (UTF-8)\n");
+  expectConverted(run("--detect", "plain"),
+                  "standard input\n  20127  us-ascii  no loss  US-ASCII (7-bit)\n");
+}
+
+TEST_F(Command, TellsTheLossesOfWhatAFileMayBeIn) {
+  write("marked", "\xEF\xBB\xBF\xFF");
+  expectConverted(run("--detect marked"), "marked\n  65001  utf-8  1 loss  Unicode (UTF-8)\n");
+}
+
+TEST_F(Command, DetectsForPrograms) {
+  write("marked", "\xEF\xBB\xBF\xFF");
+  expectConverted(run("--detect --json marked -", "a"),
+                  R"({"file":"marked","candidates":[{"number":65001,"name":"utf-8","losses":1}]})"
+                  "\n"
+                  R"({"file":"-","candidates":[{"number":20127,"name":"us-ascii","losses":0}]})"
+                  "\n");
+}
+
+TEST_F(Command, DetectsByABoundedBeginningWhereACharacterMayBeCut) {
+  std::string text((1 << 20) - 1, 'a');
+  text.replace(0, 2, "\u00E9");
+  write("long", text + "\u00E9\xFF");
+  const std::string out = "  65001  utf-8  no loss  Unicode (UTF-8)\n";
+  expectConverted(run("--detect long"), "long\n" + out);
+  expectConverted(runShell("cat long | '" QVCONV_PATH "' --detect"), "standard input\n" + out);
+}
+
+TEST_F(Command, GoesOnBehindAFileThatItCannotLookAt) {
+  write("b", "plain");
+  const std::string fits = run("--fits -f utf-8 b").out;
+  expectFailed(run("--detect a b"), 1, "b\n  20127  us-ascii  no loss  US-ASCII (7-bit)\n",
+               "a: No such file or directory");
+  expectFailed(run("--fits -f utf-8 a b"), 1, fits, "a: No such file or directory");
+}
+
+TEST_F(Command, NamesFilesInOneLine) {
+  write("a\nb", "plain");
+  EXPECT_THAT(run("--detect 'a\nb'").out, StartsWith("a\\x0Ab\n  20127"));
+  EXPECT_THAT(run("--fits -f utf-8 'a\nb'").out, StartsWith("a\\x0Ab: 5 different"));
+  EXPECT_THAT(run("--detect --json 'a\nb'").out, StartsWith(R"({"file":"a\u000Ab",)"));
+}
+
+TEST_F(Command, ListsTheEncodingsThatHoldATextWhateverItIsIn) {
+  write("koi8", "\xCE\xA6\xDE");
+  write("utf-8", "\u043D\u0456\u0447");
+  const auto linesBehindTheFirst = [](const std::string& text) {
+    return text.substr(text.find('\n'));
+  };
+  const Finished inUtf8 = run("--fits -f utf-8 utf-8");
+  EXPECT_EQ(inUtf8.status, 0);
+  EXPECT_EQ(inUtf8.err, "");
+  EXPECT_THAT(inUtf8.out, StartsWith("utf-8: 3 different characters\n\nUnicode\n"));
+  EXPECT_THAT(inUtf8.out, HasSubstr("\n  1251  windows-1251  Cyrillic (Windows)\n"));
+  EXPECT_THAT(inUtf8.out, Not(HasSubstr("koi8-r")));
+  EXPECT_EQ(linesBehindTheFirst(run("--fits -f koi8-u koi8").out), linesBehindTheFirst(inUtf8.out));
+  EXPECT_THAT(run("--fits -f utf-8 --json utf-8").out,
+              StartsWith(R"({"file":"utf-8","characters":3,"encodings":[{"number":855,)"));
+}
+
+TEST_F(Command, FailsToFitWhatIsMalformed) {
+  const Finished result = run("--fits -f utf-8", "a\xFF");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.out, StartsWith("standard input: 1 different character\n"));
+  EXPECT_EQ(result.err,
+            "qvconv: standard input: 1 malformed sequence left out (-f names its encoding; "
+            "--detect looks for it)\n");
+}
+
+TEST_F(Command, LooksAtFilesInDirectoriesAndSeveralAtATime) {
+  std::filesystem::create_directory(path("notes"));
+  std::string out;
+  for (const char name : {'a', 'b', 'c', 'd', 'e'}) {
+    const std::string file = std::string("notes/") + name;
+    write(file, "plain");
+    out += file + "\n  20127  us-ascii  no loss  US-ASCII (7-bit)\n";
+  }
+  expectConverted(run("--detect -j 4 -r notes"), out);
+}
+
+TEST_F(Command, RefusesWhatLookingHasNoUseFor) {
+  const auto expectRefused = [&](const std::string& arguments, const std::string& line) {
+    expectFailed(run(arguments), 2, "", line + "; --help tells more)");
+  };
+  expectRefused("--detect -f utf-8",
+                "-f: --detect is to find it (leave it out, or ask for --check");
+  for (const std::string mode : {"--detect", "--fits"}) {
+    expectRefused(mode + " -t utf-8", "-t: nothing is converted (leave it out, or ask for --check");
+    expectRefused(mode + " -o out", "-o: nothing is converted (redirect standard output");
+    expectRefused(mode + " --check", mode + ": cannot go with --check (use one of them");
+  }
 }
 
 }  // namespace
