@@ -22,6 +22,9 @@ std::vector<quorvel::text::Candidate> detectEncoding(std::string_view text, bool
 /// Throws `InputError`.
 std::vector<quorvel::text::Candidate> detectEncoding(Input& input);
 
+/// How many losses a candidate has, in words.
+std::string lossesOf(const quorvel::text::Candidate& candidate);
+
 /// The candidates for a file, a line each, the likeliest first.
 std::string candidatesAsText(std::span<const quorvel::text::Candidate> candidates,
                              std::string_view file);

@@ -14,9 +14,9 @@
 
 #include "cli/Chart.h"
 #include "cli/Check.h"
-#include "cli/Conversion.h"
 #include "cli/ConvertEach.h"
 #include "cli/Detection.h"
+#include "cli/FileConverter.h"
 #include "cli/FileError.h"
 #include "cli/FileList.h"
 #include "cli/Fits.h"
@@ -56,12 +56,12 @@ struct Soundness {
   bool isDamaged = false;  // an input has arrived in part
 };
 
-void convertNext(const std::string& file, Conversion& conversion, Output& output,
+void convertNext(const std::string& file, FileConverter& converter, Output& output,
                  Messages& messages, Soundness& soundness) {
   std::optional<Input> input;
   try {
     input.emplace(file);
-    const ExitStatus status = conversion.run(*input, output, messages);
+    const ExitStatus status = converter.run(*input, output, messages);
     soundness.status = worse(soundness.status, status);
     soundness.isDamaged |= status == ExitStatus::failed;
     soundness.hasResult = true;
@@ -75,16 +75,16 @@ void convertNext(const std::string& file, Conversion& conversion, Output& output
 ExitStatus convertToOne(const Options& options, const FileList& list, Messages& messages) {
   const std::unique_ptr<Output> output = openOutput(options.output, messages);
   Soundness soundness;
-  std::optional<Conversion> conversion(options.rules);
+  std::optional<FileConverter> converter(options.rules);
   for (const FileEntry& file : list.files) {
     const bool hasFront = output->bytesWritten() > 0;
-    convertNext(file.path, *conversion, *output, messages, soundness);
+    convertNext(file.path, *converter, *output, messages, soundness);
     messages.endFile();
     // One text has one mark, whatever it is put together from.
     if (!hasFront && output->bytesWritten() > 0 && options.rules.options.writesMark) {
       Rules rules = options.rules;
       rules.options.writesMark = false;
-      conversion.emplace(std::move(rules));
+      converter.emplace(std::move(rules));
     }
   }
   const bool isWhole = soundness.hasResult && !soundness.isDamaged;

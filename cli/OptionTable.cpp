@@ -172,7 +172,7 @@ constexpr std::array headings = {
 
 constexpr std::array rows = {
     OptionRow{OptionGroup::encodings, "-f,--from-code,--from", ValueKind::needed, "ENCODING",
-              "of the input: a name, a number, ansi or oem; else the locale's",
+              "of the input: a name, a number, ansi, oem or auto; else the locale's",
               takeText<&Draft::from>},
     OptionRow{OptionGroup::encodings, "-t,--to-code,--to", ValueKind::needed, "ENCODING",
               "of the output, likewise; utf-8-sig is utf-8 with a mark", takeText<&Draft::to>},

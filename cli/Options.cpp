@@ -152,7 +152,16 @@ void refuseRules(const Rules& rules) {
 }
 
 EncodingChoice sourceOf(const Draft& draft) {
-  return draft.from ? chooseEncoding(*draft.from, "-f") : localeEncoding("-f");
+  return draft.from ? chooseSource(*draft.from, "-f") : localeEncoding("-f");
+}
+
+// For what finds nothing in a text but what does not belong there.
+EncodingChoice namedSourceOf(const Draft& draft) {
+  EncodingChoice choice = sourceOf(draft);
+  if (choice.source == Source::detected) {
+    throw WrongUse("-f", "auto is for conversions", "--detect lists what a file may be in");
+  }
+  return choice;
 }
 
 Rules rulesOf(const Draft& draft) {
@@ -163,6 +172,7 @@ Rules rulesOf(const Draft& draft) {
   if (!draft.choosesMarks) text.writesMark = to.writesMark;
   if (from.bestFits || to.bestFits) text.bestFits = BestFits::close;
   chooseActions(draft, draft.drops || from.drops || to.drops, text);
+  rules.source = from.source;
   rules.isQuiet = draft.isQuiet;
   rules.isVerbose = draft.isVerbose;
   refuseRules(rules);
@@ -170,7 +180,7 @@ Rules rulesOf(const Draft& draft) {
 }
 
 CheckRules checkRulesOf(const Draft& draft) {
-  const EncodingChoice from = sourceOf(draft);
+  const EncodingChoice from = namedSourceOf(draft);
   CheckRules rules;
   rules.from = from.encoding;
   rules.names.from = from.name;
@@ -277,7 +287,7 @@ Options readOptions(int argc, const char* const* argv) {
   refuseContradictions(draft, options.mode);
   if (options.mode == Mode::convert) options.rules = rulesOf(draft);
   if (options.mode == Mode::check) options.check = checkRulesOf(draft);
-  if (options.mode == Mode::fits) options.encoding = sourceOf(draft).encoding;
+  if (options.mode == Mode::fits) options.encoding = namedSourceOf(draft).encoding;
   if (options.mode == Mode::info)
     options.encoding = chooseEncoding(draft.subject, "--info").encoding;
   if (options.mode == Mode::chart) options.chart = readChartRequest(draft.subject, "--chart");
