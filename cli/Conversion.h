@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/EncodingChoice.h"
 #include "cli/ExitStatus.h"
 #include "cli/Input.h"
 #include "cli/Locator.h"
@@ -22,8 +23,9 @@ struct Rules {
   quorvel::text::Encoding to = quorvel::text::Encoding::utf8();
   EncodingNames names;
   quorvel::text::Options options;
-  bool isQuiet = false;    ///< says nothing of what is lost as asked
-  bool isVerbose = false;  ///< says what was converted
+  Source source = Source::named;  ///< where `from` and its name come from
+  bool isQuiet = false;           ///< says nothing of what is lost as asked
+  bool isVerbose = false;         ///< says what was converted
 };
 
 /// Converts one file after another, in constant memory unless text in visual order is

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "cli/FileConverter.h"
 #include "cli/FileError.h"
 #include "cli/Input.h"
 #include "cli/Replacement.h"
@@ -22,12 +23,12 @@ namespace fs = std::filesystem;
 
 using Open = std::function<std::unique_ptr<Output>(const FileEntry& file)>;
 
-ExitStatus convertOne(Conversion& conversion, const Open& open, const FileEntry& file,
+ExitStatus convertOne(FileConverter& fileConverter, const Open& open, const FileEntry& file,
                       Messages& messages) try {
   if (file.path == "-") throw InputError(inputName("-") + ": it has no place of its own");
   const std::unique_ptr<Output> output = open(file);
   Input input(file.path);
-  const ExitStatus status = conversion.run(input, *output, messages);
+  const ExitStatus status = fileConverter.run(input, *output, messages);
   if (status != ExitStatus::failed) output->finish();
   return status;
 } catch (const FileError& error) {
@@ -37,9 +38,9 @@ ExitStatus convertOne(Conversion& conversion, const Open& open, const FileEntry&
 
 Worker converter(const Rules& rules, Open open) {
   // What is called has to be copyable.
-  auto conversion = std::make_shared<Conversion>(rules);
-  return [conversion, open = std::move(open)](const FileEntry& file, Messages& messages) {
-    return convertOne(*conversion, open, file, messages);
+  auto fileConverter = std::make_shared<FileConverter>(rules);
+  return [fileConverter, open = std::move(open)](const FileEntry& file, Messages& messages) {
+    return convertOne(*fileConverter, open, file, messages);
   };
 }
 

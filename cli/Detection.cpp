@@ -43,16 +43,22 @@ std::vector<Candidate> detectEncoding(std::string_view text, bool goesOn) {
                                       .goesOn = goesOn});
 }
 
+std::vector<Candidate> detectEncoding(Input& input) {
+  const Input::Beginning beginning = input.lookAhead(quorvel::text::mostBytesDetected);
+  return detectEncoding(beginning.bytes, beginning.goesOn);
+}
+
+std::string lossesOf(const Candidate& candidate) {
+  if (candidate.losses == 0) return "no loss";
+  return std::to_string(candidate.losses) + (candidate.losses == 1 ? " loss" : " losses");
+}
+
 std::string candidatesAsText(std::span<const Candidate> candidates, std::string_view file) {
   std::vector<std::vector<std::string>> rows;
   for (const Candidate& candidate : candidates) {
     const Encoding encoding = candidate.encoding;
-    const std::string losses = std::to_string(candidate.losses);
     rows.push_back({std::to_string(encoding.number()), std::string(encoding.name()),
-                    candidate.losses == 0   ? "no loss"
-                    : candidate.losses == 1 ? "1 loss"
-                                            : losses + " losses",
-                    std::string(encoding.title())});
+                    lossesOf(candidate), std::string(encoding.title())});
   }
   return std::string(file) + '\n' + inColumns(rows, "  ", 1);
 }

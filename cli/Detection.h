@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/Input.h"
 #include "quorvel/text/detect.h"
 
 namespace qvconv {
@@ -16,6 +17,13 @@ std::optional<quorvel::text::Encoding> guessEncoding(std::string_view text);
 /// What a text may be in, the likeliest first: `detect` with the guess, and the ANSI page
 /// of the locale for the place. `goesOn` tells whether more of it follows.
 std::vector<quorvel::text::Candidate> detectEncoding(std::string_view text, bool goesOn);
+
+/// The same of an input, by a bounded beginning of it, which its blocks have all the same.
+/// Throws `InputError`.
+std::vector<quorvel::text::Candidate> detectEncoding(Input& input);
+
+/// How many losses a candidate has, in words.
+std::string lossesOf(const quorvel::text::Candidate& candidate);
 
 /// The candidates for a file, a line each, the likeliest first.
 std::string candidatesAsText(std::span<const quorvel::text::Candidate> candidates,

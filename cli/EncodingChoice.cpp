@@ -80,10 +80,12 @@ void applySuffixes(EncodingChoice& choice, std::string_view suffixes, std::strin
   }
 }
 
+std::string_view withoutSuffixes(std::string_view text) { return text.substr(0, text.find("//")); }
+
 }  // namespace
 
 EncodingChoice chooseEncoding(std::string_view text, std::string_view option) {
-  const std::string_view name = text.substr(0, text.find("//"));
+  const std::string_view name = withoutSuffixes(text);
   if (name.empty()) throw WrongUse(option, "no encoding is named", "-l lists all");
   const OwnName* const own = findOwnName(name);
   const std::optional<Encoding> encoding = own ? own->encoding() : Encoding::find(name);
@@ -98,6 +100,16 @@ EncodingChoice chooseEncoding(std::string_view text, std::string_view option) {
   return choice;
 }
 
+EncodingChoice chooseSource(std::string_view text, std::string_view option) {
+  const std::string_view name = withoutSuffixes(text);
+  if (lowerCase(name) != "auto") return chooseEncoding(text, option);
+  // Any will do until there is a text.
+  EncodingChoice choice{Encoding::utf8(), std::string(name)};
+  choice.source = Source::detected;
+  applySuffixes(choice, text.substr(name.size()), option);
+  return choice;
+}
+
 EncodingChoice localeEncoding(std::string_view option) {
   // No other thread runs while the command line is read.
   const std::string name = ::nl_langinfo(CODESET);  // NOLINT(concurrency-mt-unsafe)
@@ -107,7 +119,7 @@ EncodingChoice localeEncoding(std::string_view option) {
                    "missing, and the encoding of the locale, \"" + name + "\", is not known",
                    "name an encoding; -l lists all");
   }
-  return {*encoding, name};
+  return EncodingChoice{*encoding, name};
 }
 
 }  // namespace qvconv

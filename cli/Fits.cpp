@@ -11,6 +11,16 @@ namespace qvconv {
 using quorvel::text::Encoding;
 using quorvel::text::Repertoire;
 
+Repertoire repertoireOf(Input& input, Encoding from, Messages& messages) {
+  Repertoire repertoire(from);
+  for (std::string_view block = input.readBlock(); !block.empty(); block = input.readBlock()) {
+    repertoire.push(block);
+    messages.advance(block.size());
+  }
+  repertoire.finish();
+  return repertoire;
+}
+
 std::string fitsAsText(const Repertoire& repertoire, std::string_view file) {
   const std::size_t size = repertoire.size();
   std::string text = std::string(file) + ": " + std::to_string(size) + " different character" +

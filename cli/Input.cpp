@@ -51,10 +51,37 @@ std::string_view Input::readBlock() {
   m_keptSize = std::min(m_keptSize + m_blockSize, mostKept);
   std::copy(block + m_blockSize - m_keptSize, block + m_blockSize, block - m_keptSize);
   m_blockSize = 0;
-  const ssize_t count = readSome(m_descriptor, {block, bytesPerBlock});
-  if (count < 0) throw InputError(m_name, errno);
-  m_blockSize = static_cast<std::size_t>(count);
+  m_blockSize = readNext({block, bytesPerBlock});
   return {block, m_blockSize};
+}
+
+Input::Beginning Input::lookAhead(std::size_t most) {
+  if (m_text) return {std::string_view(*m_text).substr(0, most), m_text->size() > most};
+  m_ahead.resize(most);
+  std::size_t size = 0;
+  while (size < most) {
+    const ssize_t count = readSome(m_descriptor, std::span(m_ahead).subspan(size));
+    if (count < 0) throw InputError(m_name, errno);
+    if (count == 0) break;
+    size += static_cast<std::size_t>(count);
+  }
+  m_ahead.resize(size);
+  return {m_ahead, size == most};
+}
+
+// From what was looked at, and behind that from the file.
+std::size_t Input::readNext(std::span<char> room) {
+  const std::string_view ahead = std::string_view(m_ahead).substr(m_aheadOffset);
+  if (!ahead.empty()) {
+    const std::size_t size = ahead.copy(room.data(), room.size());
+    m_aheadOffset += size;
+    return size;
+  }
+  m_ahead = {};
+  m_aheadOffset = 0;
+  const ssize_t count = readSome(m_descriptor, room);
+  if (count < 0) throw InputError(m_name, errno);
+  return static_cast<std::size_t>(count);
 }
 
 std::string_view Input::readNextOfText() {

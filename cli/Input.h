@@ -30,6 +30,16 @@ class Input {
   /// How many bytes there are to read, where the system knows.
   std::optional<std::uint64_t> size() const { return m_size; }
 
+  /// What a text begins with.
+  struct Beginning {
+    std::string_view bytes;  ///< until the next call of anything that reads
+    bool goesOn;             ///< whether more may follow
+  };
+
+  /// Waits for `most` bytes from the beginning, or the end, before any block is read.
+  /// The blocks have these bytes all the same. Throws `InputError`.
+  Beginning lookAhead(std::size_t most);
+
   /// The next bytes, as many as there are and at most a block; none at the end. They
   /// stay until the next call. Throws `InputError`.
   std::string_view readBlock();
@@ -50,6 +60,7 @@ class Input {
 
  private:
   std::string_view readNextOfText();
+  std::size_t readNext(std::span<char> room);
 
   std::string m_path;
   std::string m_name;
@@ -59,6 +70,9 @@ class Input {
   std::optional<std::uint64_t> m_size;
   bool m_isRegular = false;
   std::uint64_t m_start = 0;  // where in a regular file the text begins
+
+  std::string m_ahead;            // what was looked at
+  std::size_t m_aheadOffset = 0;  // of what no block has had yet
 
   std::vector<char> m_buffer;  // what is kept in front of a block, and the block
   std::uint64_t m_offset = 0;  // of the block

@@ -4,10 +4,6 @@
 
 namespace qvconv {
 
-/// One line for each encoding: its number, preferred name, title and other
-/// names, in columns.
-std::string listEncodings();
-
 /// The encodings by family, each family behind a line with its name: number, preferred
 /// name, title and other names, in columns.
 std::string listByFamily();

@@ -6,19 +6,28 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
+#include "cli/Chart.h"
 #include "cli/Check.h"
-#include "cli/Conversion.h"
 #include "cli/ConvertEach.h"
+#include "cli/Detection.h"
+#include "cli/FileConverter.h"
 #include "cli/FileError.h"
 #include "cli/FileList.h"
+#include "cli/Fits.h"
 #include "cli/Help.h"
+#include "cli/Information.h"
 #include "cli/Jobs.h"
 #include "cli/Listing.h"
 #include "cli/Output.h"
 #include "cli/ProgressBar.h"
+#include "cli/Sentences.h"
+#include "quorvel/base/OneLine.hpp"
 
 namespace qvconv {
 
@@ -47,12 +56,12 @@ struct Soundness {
   bool isDamaged = false;  // an input has arrived in part
 };
 
-void convertNext(const std::string& file, Conversion& conversion, Output& output,
+void convertNext(const std::string& file, FileConverter& converter, Output& output,
                  Messages& messages, Soundness& soundness) {
   std::optional<Input> input;
   try {
     input.emplace(file);
-    const ExitStatus status = conversion.run(*input, output, messages);
+    const ExitStatus status = converter.run(*input, output, messages);
     soundness.status = worse(soundness.status, status);
     soundness.isDamaged |= status == ExitStatus::failed;
     soundness.hasResult = true;
@@ -66,16 +75,16 @@ void convertNext(const std::string& file, Conversion& conversion, Output& output
 ExitStatus convertToOne(const Options& options, const FileList& list, Messages& messages) {
   const std::unique_ptr<Output> output = openOutput(options.output, messages);
   Soundness soundness;
-  std::optional<Conversion> conversion(options.rules);
+  std::optional<FileConverter> converter(options.rules);
   for (const FileEntry& file : list.files) {
     const bool hasFront = output->bytesWritten() > 0;
-    convertNext(file.path, *conversion, *output, messages, soundness);
+    convertNext(file.path, *converter, *output, messages, soundness);
     messages.endFile();
     // One text has one mark, whatever it is put together from.
     if (!hasFront && output->bytesWritten() > 0 && options.rules.options.writesMark) {
       Rules rules = options.rules;
       rules.options.writesMark = false;
-      conversion.emplace(std::move(rules));
+      converter.emplace(std::move(rules));
     }
   }
   const bool isWhole = soundness.hasResult && !soundness.isDamaged;
@@ -104,22 +113,25 @@ ExitStatus convertFiles(const Options& options, Messages& messages) {
   return worse(status, list.status);
 }
 
-// --- Checking ---------------------------------------------------------------
+// --- Looking at files -------------------------------------------------------
 
-ExitStatus checkFile(const std::string& file, Check& check, Messages& messages) try {
+// Looks at one input after another and prints what it finds.
+using Look = std::function<ExitStatus(Input& input, Messages& messages)>;
+
+ExitStatus lookAtFile(const std::string& file, const Look& look, Messages& messages) try {
   Input input(file);
-  return check.run(input, messages);
+  return look(input, messages);
 } catch (const InputError& error) {
   messages.complain(error.what());
   return ExitStatus::failed;
 }
 
-ExitStatus checkFiles(const Options& options, Messages& messages) {
+ExitStatus lookAtFiles(const Options& options, const std::function<Look()>& makeLook,
+                       Messages& messages) {
   const FileList list = listFiles(options.files, messages);
   const auto makeWorker = [&]() -> Worker {
-    auto check = std::make_shared<Check>(options.check);
-    return [check](const FileEntry& file, Messages& ofFile) {
-      return checkFile(file.path, *check, ofFile);
+    return [look = makeLook()](const FileEntry& file, Messages& ofFile) {
+      return lookAtFile(file.path, look, ofFile);
     };
   };
   const auto run = [&](Messages& used) {
@@ -128,13 +140,73 @@ ExitStatus checkFiles(const Options& options, Messages& messages) {
   return worse(list.status, runWithProgress(options, false, list, messages, run));
 }
 
-// --- The table --------------------------------------------------------------
+ExitStatus checkFiles(const Options& options, Messages& messages) {
+  const auto makeLook = [&]() -> Look {
+    auto check = std::make_shared<Check>(options.check);
+    return [check](Input& input, Messages& ofFile) { return check->run(input, ofFile); };
+  };
+  return lookAtFiles(options, makeLook, messages);
+}
+
+ExitStatus detectFiles(const Options& options, Messages& messages) {
+  const auto look = [&](Input& input, Messages& ofFile) {
+    const std::vector<quorvel::text::Candidate> candidates = detectEncoding(input);
+    ofFile.print(options.isJson ? candidatesAsJson(candidates, input.path())
+                                : candidatesAsText(candidates, quorvel::oneLine(input.name())));
+    // Nothing more of it will be looked at.
+    ofFile.advance(static_cast<std::size_t>(input.size().value_or(0)));
+    return ExitStatus::allConverted;
+  };
+  return lookAtFiles(
+      options, [&] { return look; }, messages);
+}
+
+ExitStatus fitFiles(const Options& options, Messages& messages) {
+  const auto look = [&](Input& input, Messages& ofFile) {
+    const quorvel::text::Repertoire repertoire = repertoireOf(input, options.encoding, ofFile);
+    ofFile.print(options.isJson ? fitsAsJson(repertoire, input.path())
+                                : fitsAsText(repertoire, quorvel::oneLine(input.name())));
+    if (repertoire.report().isLossless()) return ExitStatus::allConverted;
+    ofFile.complain(input.name() + ": " + countsSentence(repertoire.report()) +
+                    " left out (-f names its encoding; --detect looks for it)");
+    return ExitStatus::failed;
+  };
+  return lookAtFiles(
+      options, [&] { return look; }, messages);
+}
+
+// --- Telling ----------------------------------------------------------------
 
 template <std::string (*text)()>
 ExitStatus print(const Options&, Messages& messages) {
   messages.print(text());
   return ExitStatus::allConverted;
 }
+
+ExitStatus listEncodings(const Options& options, Messages& messages) {
+  messages.print(options.isJson ? listAsJson() : listByFamily());
+  return ExitStatus::allConverted;
+}
+
+ExitStatus tellOfEncoding(const Options& options, Messages& messages) {
+  messages.print(informationOn(options.encoding));
+  return ExitStatus::allConverted;
+}
+
+// NO_COLOR, where it is set and not empty, is how people ask all programs for none.
+Colours coloursOfStandardOutput() {
+  // No other thread runs.
+  const char* const noColour = std::getenv("NO_COLOR");  // NOLINT(concurrency-mt-unsafe)
+  const bool isUnwanted = noColour && *noColour != '\0';
+  return !isUnwanted && ::isatty(STDOUT_FILENO) == 1 ? Colours::yes : Colours::no;
+}
+
+ExitStatus drawChart(const Options& options, Messages& messages) {
+  messages.print(draw(options.chart, coloursOfStandardOutput()));
+  return ExitStatus::allConverted;
+}
+
+// --- The table --------------------------------------------------------------
 
 struct ModeRow {
   Mode mode;
@@ -143,7 +215,9 @@ struct ModeRow {
 
 constexpr std::array modes = {
     ModeRow{Mode::convert, convertFiles},       ModeRow{Mode::check, checkFiles},
-    ModeRow{Mode::list, print<listEncodings>},  ModeRow{Mode::help, print<helpText>},
+    ModeRow{Mode::list, listEncodings},         ModeRow{Mode::help, print<helpText>},
+    ModeRow{Mode::info, tellOfEncoding},        ModeRow{Mode::chart, drawChart},
+    ModeRow{Mode::detect, detectFiles},         ModeRow{Mode::fits, fitFiles},
     ModeRow{Mode::version, print<versionText>},
 };
 

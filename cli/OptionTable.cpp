@@ -85,6 +85,12 @@ void takeMode(Draft& draft, const std::string&, std::string_view option) {
   draft.modeOption = option;
 }
 
+template <Mode mode>
+void takeModeAndSubject(Draft& draft, const std::string& value, std::string_view option) {
+  takeMode<mode>(draft, value, option);
+  draft.subject = value;
+}
+
 // An empty value is what a script passes whose variable is not set.
 template <std::optional<std::string> Draft::*member>
 void takeText(Draft& draft, const std::string& value, std::string_view option) {
@@ -166,7 +172,7 @@ constexpr std::array headings = {
 
 constexpr std::array rows = {
     OptionRow{OptionGroup::encodings, "-f,--from-code,--from", ValueKind::needed, "ENCODING",
-              "of the input: a name, a number, ansi or oem; else the locale's",
+              "of the input: a name, a number, ansi, oem or auto; else the locale's",
               takeText<&Draft::from>},
     OptionRow{OptionGroup::encodings, "-t,--to-code,--to", ValueKind::needed, "ENCODING",
               "of the output, likewise; utf-8-sig is utf-8 with a mark", takeText<&Draft::to>},
@@ -198,9 +204,19 @@ constexpr std::array rows = {
               "10004 is read as text in visual order", readVisually},
 
     OptionRow{OptionGroup::looking, "-l,--list", ValueKind::none, "",
-              "list the encodings: number, name, title, other names", takeMode<Mode::list>},
+              "list the encodings by family: number, name, title, other names",
+              takeMode<Mode::list>},
+    OptionRow{OptionGroup::looking, "--info", ValueKind::needed, "ENCODING",
+              "tell what there is to say of an encoding", takeModeAndSubject<Mode::info>},
+    OptionRow{OptionGroup::looking, "--chart", ValueKind::needed, "CHART",
+              "draw a page, 1252; codes behind a lead, 932:81; what differs, 437,850",
+              takeModeAndSubject<Mode::chart>},
     OptionRow{OptionGroup::looking, "--check", ValueKind::none, "",
               "only list what would be lost, without -t what is malformed", takeMode<Mode::check>},
+    OptionRow{OptionGroup::looking, "--detect", ValueKind::none, "",
+              "tell what each file may be in, the likeliest first", takeMode<Mode::detect>},
+    OptionRow{OptionGroup::looking, "--fits", ValueKind::none, "",
+              "list the encodings that have all characters of each file", takeMode<Mode::fits>},
     OptionRow{OptionGroup::looking, "--all", ValueKind::none, "",
               "all losses of a file, not only the first 10", set<&Draft::showsAll>},
     OptionRow{OptionGroup::looking, "--json", ValueKind::none, "", "for programs, an object a line",

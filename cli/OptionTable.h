@@ -15,6 +15,7 @@ namespace qvconv {
 struct Draft {
   std::optional<Mode> mode;
   std::string_view modeOption;  ///< that asked for the mode
+  std::string subject;          ///< what it is to tell of, for a mode that is told so
   std::optional<std::string> from;
   std::optional<std::string> to;
   std::optional<quorvel::text::Action> onError;

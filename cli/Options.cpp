@@ -151,14 +151,28 @@ void refuseRules(const Rules& rules) {
   }
 }
 
+EncodingChoice sourceOf(const Draft& draft) {
+  return draft.from ? chooseSource(*draft.from, "-f") : localeEncoding("-f");
+}
+
+// For what finds nothing in a text but what does not belong there.
+EncodingChoice namedSourceOf(const Draft& draft) {
+  EncodingChoice choice = sourceOf(draft);
+  if (choice.source == Source::detected) {
+    throw WrongUse("-f", "auto is for conversions", "--detect lists what a file may be in");
+  }
+  return choice;
+}
+
 Rules rulesOf(const Draft& draft) {
-  const EncodingChoice from = draft.from ? chooseEncoding(*draft.from, "-f") : localeEncoding("-f");
+  const EncodingChoice from = sourceOf(draft);
   const EncodingChoice to = draft.to ? chooseEncoding(*draft.to, "-t") : localeEncoding("-t");
   Rules rules{from.encoding, to.encoding, {from.name, to.name}, draft.text};
   quorvel::text::Options& text = rules.options;
   if (!draft.choosesMarks) text.writesMark = to.writesMark;
   if (from.bestFits || to.bestFits) text.bestFits = BestFits::close;
   chooseActions(draft, draft.drops || from.drops || to.drops, text);
+  rules.source = from.source;
   rules.isQuiet = draft.isQuiet;
   rules.isVerbose = draft.isVerbose;
   refuseRules(rules);
@@ -166,7 +180,7 @@ Rules rulesOf(const Draft& draft) {
 }
 
 CheckRules checkRulesOf(const Draft& draft) {
-  const EncodingChoice from = draft.from ? chooseEncoding(*draft.from, "-f") : localeEncoding("-f");
+  const EncodingChoice from = namedSourceOf(draft);
   CheckRules rules;
   rules.from = from.encoding;
   rules.names.from = from.name;
@@ -203,14 +217,30 @@ struct Contradiction {
   std::string_view remedy;
 };
 
+bool hasJson(Mode mode) {
+  return mode == Mode::check || mode == Mode::detect || mode == Mode::fits || mode == Mode::list;
+}
+
+// Of encodings, without reading anything.
+bool tells(Mode mode) { return mode == Mode::list || mode == Mode::info || mode == Mode::chart; }
+
 bool namesFiles(const Draft& draft) { return !draft.files.empty() || draft.filesFrom; }
 
 constexpr std::array contradictions = {
     Contradiction{
         [](const Draft& draft, Mode mode) { return draft.showsAll && mode != Mode::check; },
         "--all", "there is nothing to show all of", "add --check"},
-    Contradiction{[](const Draft& draft, Mode mode) { return draft.isJson && mode != Mode::check; },
-                  "--json", "a conversion has no result in JSON", "add --check"},
+    Contradiction{[](const Draft& draft, Mode mode) { return draft.isJson && !hasJson(mode); },
+                  "--json", "there is no result in JSON",
+                  "--check, --detect, --fits and -l have one"},
+    Contradiction{[](const Draft& draft, Mode mode) { return draft.from && mode == Mode::detect; },
+                  "-f", "--detect is to find it", "leave it out, or ask for --check"},
+    Contradiction{[](const Draft& draft, Mode mode) {
+                    return draft.to && (mode == Mode::detect || mode == Mode::fits);
+                  },
+                  "-t", "nothing is converted", "leave it out, or ask for --check"},
+    Contradiction{[](const Draft& draft, Mode mode) { return namesFiles(draft) && tells(mode); },
+                  "FILE", "no file is read", "leave it out"},
     Contradiction{[](const Draft& draft, Mode mode) {
                     return draft.output.has_value() && mode != Mode::convert;
                   },
@@ -257,12 +287,17 @@ Options readOptions(int argc, const char* const* argv) {
   refuseContradictions(draft, options.mode);
   if (options.mode == Mode::convert) options.rules = rulesOf(draft);
   if (options.mode == Mode::check) options.check = checkRulesOf(draft);
+  if (options.mode == Mode::fits) options.encoding = namedSourceOf(draft).encoding;
+  if (options.mode == Mode::info)
+    options.encoding = chooseEncoding(draft.subject, "--info").encoding;
+  if (options.mode == Mode::chart) options.chart = readChartRequest(draft.subject, "--chart");
   options.output = draft.output.value_or("");
   options.files = fileArgumentsOf(draft);
   options.inPlaceSuffix = draft.inPlaceSuffix;
   options.outputDirectory = draft.outputDirectory;
   options.numJobs = draft.numJobs;
   options.showProgress = draft.showProgress;
+  options.isJson = draft.isJson;
   return options;
 }
 

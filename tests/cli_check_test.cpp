@@ -120,7 +120,8 @@ TEST_F(Checking, IsTheOnlyUseOfItsOptions) {
   expectFailed(run("--all"), 2, "",
                "--all: there is nothing to show all of (add --check; --help tells more)");
   expectFailed(run("--json"), 2, "",
-               "--json: a conversion has no result in JSON (add --check; --help tells more)");
+               "--json: there is no result in JSON (--check, --detect, --fits and -l have one; "
+               "--help tells more)");
   expectFailed(run("--check -o out"), 2, "",
                "-o: nothing is converted (redirect standard output; --help tells more)");
 }

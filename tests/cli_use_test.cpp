@@ -28,7 +28,6 @@ using qvconv::didYouMean;
 using qvconv::nearestName;
 using testing::HasSubstr;
 using testing::MatchesRegex;
-using testing::StartsWith;
 
 std::vector<std::string_view> someNames() { return {"utf-8", "shift_jis", "koi8-r", "big5"}; }
 
@@ -149,15 +148,6 @@ TEST_F(Command, TouchesNoFileWhenUsedWrongly) {
   write("out", "old");
   EXPECT_EQ(run("-f nonesuch -t utf-8 -o out", "new").status, 2);
   EXPECT_EQ(read("out"), "old");
-}
-
-TEST_F(Command, ListsTheEncodings) {
-  const Finished result = run("-l");
-  EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.err, "");
-  EXPECT_THAT(result.out, StartsWith("   37  "));
-  EXPECT_THAT(result.out, HasSubstr("\n65001  utf-8  "));
-  EXPECT_EQ(run("--list").out, result.out);
 }
 
 TEST(Help, NamesEveryOptionAndHasAnExampleForEachGroup) {
