@@ -4,10 +4,12 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/Codes.h"
 #include "cli/Columns.h"
 #include "cli/Families.h"
 #include "cli/PageHeads.h"
 #include "quorvel/text/Transcoder.h"
+#include "quorvel/text/convert.h"
 
 namespace qvconv {
 
@@ -22,14 +24,20 @@ constexpr std::uint32_t behindCharacters = 0x110000;
 Options dropping() {
   Options options;
   options.unmappable = Action::drop;
+  options.bestFits = BestFits::close;
   options.keepsMark = true;
   return options;
 }
 
+struct Written {
+  std::uint64_t characters;
+  std::uint64_t bestFits;  // of others
+};
+
 // By trying each character that there is.
-std::uint64_t countCharacters(Encoding encoding) {
+Written countWritten(Encoding encoding) {
   constexpr std::uint64_t all = behindCharacters - (behindSurrogates - firstSurrogate);
-  if (encoding.kind() == EncodingKind::unicode) return all;
+  if (encoding.kind() == EncodingKind::unicode) return {all, 0};
   std::optional<Transcoder> transcoder =
       Transcoder::make(Encoding::utf32le(), encoding, dropping());
   std::string plane;
@@ -43,7 +51,21 @@ std::uint64_t countCharacters(Encoding encoding) {
     plane.clear();
   }
   transcoder->countEnd();
-  return all - transcoder->report().unmappable;
+  const Report& report = transcoder->report();
+  return {all - report.unmappable - report.bestFits, report.bestFits};
+}
+
+// The codes whose characters are written otherwise, or not at all.
+std::uint64_t countOnlyRead(Encoding encoding) {
+  std::uint64_t count = 0;
+  Codes codes(encoding);
+  codes.forEachBehind("", [&](const std::string& code, char32_t character) {
+    const std::string_view bytes(reinterpret_cast<const char*>(&character), sizeof character);
+    Options keepingMarks;
+    keepingMarks.keepsMark = true;
+    if (convert(Encoding::utf32le(), encoding, bytes, keepingMarks).text != code) ++count;
+  });
+  return count;
 }
 
 // "9484" as "9,484".
@@ -67,6 +89,20 @@ std::string aliasesOf(Encoding encoding) {
   return text;
 }
 
+// What its table does not have; nothing is known of this where there are codes of four
+// bytes, which are too many to try.
+std::string beyondTable(Encoding encoding, const Written& written) {
+  const bool hasTable =
+      encoding.kind() == EncodingKind::singleByte || encoding.kind() == EncodingKind::multiByte;
+  if (!hasTable) return "";
+  std::string text;
+  const std::uint64_t onlyRead = encoding.mostBytes() < 4 ? countOnlyRead(encoding) : 0;
+  if (onlyRead != 0) text = grouped(onlyRead) + " codes that are only read";
+  if (written.bestFits == 0) return text;
+  if (!text.empty()) text += ", ";
+  return text + grouped(written.bestFits) + " best fits when asked for";
+}
+
 // The head without its first line, which is a title, and the blank one behind that.
 std::string_view particulars(Encoding encoding) {
   std::string_view head = headOfPage(encoding.number());
@@ -80,11 +116,14 @@ std::string_view particulars(Encoding encoding) {
 std::string informationOn(Encoding encoding) {
   std::string text = std::to_string(encoding.number()) + "  " + std::string(encoding.name()) +
                      "  " + std::string(encoding.title()) + "\n\n";
-  text += inColumns({{"family", std::string(familyOf(encoding))},
-                     {"bytes per character", bytesOf(encoding)},
-                     {"characters", grouped(countCharacters(encoding))},
-                     {"also called", aliasesOf(encoding)}},
-                    "", 0);
+  const Written written = countWritten(encoding);
+  std::vector<std::vector<std::string>> rows = {{"family", std::string(familyOf(encoding))},
+                                                {"bytes per character", bytesOf(encoding)},
+                                                {"characters", grouped(written.characters)}};
+  const std::string beyond = beyondTable(encoding, written);
+  if (!beyond.empty()) rows.push_back({"beyond its table", beyond});
+  rows.push_back({"also called", aliasesOf(encoding)});
+  text += inColumns(rows, "", 0);
   const std::string_view more = particulars(encoding);
   if (!more.empty()) text += '\n';
   return text.append(more);

@@ -22,6 +22,7 @@ TEST(Information, NamesTheEncodingAndItsSize) {
             "family               KOI8\n"
             "bytes per character  1\n"
             "characters           256\n"
+            "beyond its table     265 best fits when asked for\n"
             "also called          20866, cp20866, csKOI8R, koi8, koi\n"
             "\n"
             "Without bit 7 its text still reads as Latin letters; see 21866 for Ukrainian.\n"
@@ -35,6 +36,14 @@ TEST(Information, CountsTheCharactersThatAreWritten) {
   EXPECT_THAT(informationOn(65001), HasSubstr("characters           1,112,064\n"));
   // All but the one whose code reads as something else.
   EXPECT_THAT(informationOn(54936), HasSubstr("characters           1,112,063\n"));
+}
+
+TEST(Information, CountsWhatATableDoesNotHave) {
+  EXPECT_THAT(informationOn(932), HasSubstr("beyond its table     398 codes that are only read, 84 "
+                                            "best fits when asked for\n"));
+  // JIS X 0212 behind 8F.
+  EXPECT_THAT(informationOn(51932), HasSubstr("beyond its table     6,077 codes that are"));
+  EXPECT_THAT(informationOn(65001), Not(HasSubstr("beyond")));
 }
 
 TEST(Information, TellsHowManyBytesACharacterTakes) {
