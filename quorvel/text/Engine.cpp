@@ -428,18 +428,21 @@ Transcoder::Engine::Advance Transcoder::Engine::encodeBlock(const Window& window
       unit += read.length;
       const Pause pause = goOnBehindLoss(unit, decoded.out, places);
       if (pause == Pause::input) continue;
-      return {find(window, places.lastBefore(unit), unit).in, pause};
+      return goOnAt(find(window, places.lastBefore(unit), unit), places, pause);
     }
     const Place& known = places.lastBefore(unit);
     place = find(window, known.unit < place.unit ? place : known, unit);
-    if (encoded.why == EncoderStop::room) return encodeNextInto(window, place);
     const Place next = behind(window, place);
+    if (encoded.why == EncoderStop::room) {
+      m_outlet.waitEncoded(read.character);
+      return goOnAt(next, places, Pause::again);
+    }
     if (loseCharacter(window, place, next) == Pause::stopped) {
       forgetLosses(places, unit);
       return {place.in, Pause::stopped};
     }
     const Pause pause = goOnBehindLoss(next.unit, decoded.out, places);
-    if (pause != Pause::input) return {next.in, pause};
+    if (pause != Pause::input) return goOnAt(next, places, pause);
     place = next;
     unit = next.unit;
   }
@@ -454,11 +457,20 @@ Transcoder::Engine::Pause Transcoder::Engine::goOnBehindLoss(const unsigned char
   const auto units = static_cast<std::size_t>(end - unit) / 2;
   const bool isEnough = places.numBehind(unit) == 0 || units * m_to.mostBytes() <= m_outlet.room();
   if (isWritten && isEnough) return Pause::input;
-  forgetLosses(places, unit);
   return isWritten ? Pause::again : Pause::room;
 }
 
-// Those behind `unit` will come again.
+// Leaves a block at a place in it. A loss may stand there that nothing has taken the place of:
+// it has been counted, where those behind it will come again.
+Transcoder::Engine::Advance Transcoder::Engine::goOnAt(const Place& next, const Places& places,
+                                                       Pause pause) {
+  forgetLosses(places, next.unit);
+  const Place& known = places.lastBefore(next.unit);
+  const Place& place = known.unit == next.unit ? known : next;
+  decoder().restore(place.state);
+  return {place.in, pause};
+}
+
 void Transcoder::Engine::forgetLosses(const Places& places, const unsigned char* unit) {
   m_report.malformed -= places.numBehind(unit);
   if (m_report.malformed == 0) m_report.firstMalformed.reset();

@@ -123,6 +123,7 @@ class Transcoder::Engine {
   Pause lose(const Loss& loss, Action action);
   bool mayLoseAmongText() const;
   Pause goOnBehindLoss(const unsigned char* unit, const unsigned char* end, const Places& places);
+  Advance goOnAt(const Place& next, const Places& places, Pause pause);
   void forgetLosses(const Places& places, const unsigned char* unit);
   unsigned char* loseAmongText(const Window& window, const Decoded& decoded,
                                const unsigned char* outEnd);
