@@ -291,7 +291,7 @@ Transcoder::Engine::Advance Transcoder::Engine::copyDecoded(const Window& window
   unsigned char held[Source::mostCarried];
   const unsigned int numHeld = decoder().heldBack(last.state);
   for (unsigned int i = 0; i < numHeld; ++i) {
-    held[i] = byteAt(window, last.in - window.begin - std::ptrdiff_t{numHeld} + std::ptrdiff_t{i});
+    held[i] = byteAt(window, last.in - window.begin - static_cast<std::ptrdiff_t>(numHeld - i));
   }
   m_encoder->follow(last.state, std::span(held, numHeld));
   m_isInStep = false;
@@ -325,7 +325,8 @@ Transcoder::Engine::Place Transcoder::Engine::lastCopied(const Window& window, c
                                                          const Place& end, const Decoded& decoded) {
   const Place last = decoded.out == m_block ? start : find(window, start, decoded.out);
   if (decoded.back == 0) return last.in != end.in ? end : last;
-  const unsigned char* lost = decoded.in - std::min(end.in - last.in, std::ptrdiff_t{decoded.back});
+  const unsigned char* lost =
+      decoded.in - std::min(end.in - last.in, static_cast<std::ptrdiff_t>(decoded.back));
   decoder().restore(last.state);
   decoder().decode({last.in, lost, false, m_block, std::end(m_block)});
   return {lost, decoder().state(), last.unit};
@@ -542,7 +543,7 @@ Transcoder::Engine::Pause Transcoder::Engine::loseCharacter(const Window& window
   const unsigned int ownLength = decoder().lastLength();
   const unsigned int length =
       ownLength != 0 ? ownLength : static_cast<unsigned int>(next.in - place.in);
-  Loss loss = lossAt(window, next.in - window.begin - std::ptrdiff_t{length}, length);
+  Loss loss = lossAt(window, next.in - window.begin - static_cast<std::ptrdiff_t>(length), length);
   loss.character = readCharacter(place.unit, next.unit).character;
 
   unsigned char lookalike[Encoder::mostBytes];
@@ -566,7 +567,7 @@ Transcoder::Engine::Advance Transcoder::Engine::loseBytes(const Window& window,
                                                           const Decoded& decoded) {
   const Decoded lost = withPreservedForm(window, decoded);
   if (lost.why == DecoderStop::cutOff) return {lost.in, Pause::input};
-  const std::ptrdiff_t at = lost.in - window.begin - std::ptrdiff_t{lost.back};
+  const std::ptrdiff_t at = lost.in - window.begin - static_cast<std::ptrdiff_t>(lost.back);
   const Loss loss = lossAt(window, at, lost.length);
   const Pause pause = lose(loss, ask(loss).value_or(m_options.malformed));
   if (pause == Pause::stopped) return {lost.in, pause};
@@ -581,7 +582,7 @@ bool Transcoder::Engine::mayLoseAmongText() const {
 // Puts what is written for malformed bytes behind what was decoded; null where it does not fit.
 unsigned char* Transcoder::Engine::loseAmongText(const Window& window, const Decoded& decoded,
                                                  const unsigned char* outEnd) {
-  const std::ptrdiff_t at = decoded.in - window.begin - std::ptrdiff_t{decoded.back};
+  const std::ptrdiff_t at = decoded.in - window.begin - static_cast<std::ptrdiff_t>(decoded.back);
   const Loss loss = lossAt(window, at, decoded.length);
   unsigned char* out =
       m_replacement.putText(m_options.malformed, loss.bytes(), decoded.out, outEnd);

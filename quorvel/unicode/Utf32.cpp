@@ -56,7 +56,8 @@ bool _qvUtf::utf32ToUtf8(const unsigned char* p, unsigned int count, DataBuffer&
   const auto loop = [&](const unsigned char* in, const unsigned char* stop, unsigned char* room) {
     return encode(in, stop, room, isClean);
   };
-  return runInBlocks(loop, p, p + utf32UnitLength * std::ptrdiff_t{count}, 2, out) && isClean;
+  return runInBlocks(loop, p, p + utf32UnitLength * static_cast<std::ptrdiff_t>(count), 2, out) &&
+         isClean;
 }
 
 bool _qvUtf::Utf8toUtf32(bool bigEndian, const DataBuffer& in, DataBuffer& out) {
