@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdio>
@@ -38,7 +39,9 @@ std::vector<std::string> completionsOf(const std::string& words) {
                              "printf '%s\\n' \"${COMPREPLY[@]}\"";
   std::vector<std::string> found;
   const auto close = [](std::FILE* pipe) { static_cast<void>(::pclose(pipe)); };
-  const std::string file = testing::TempDir() + "/completions.sh";
+  // Other tests may run at the same time.
+  const std::string file =
+      testing::TempDir() + "/completions-" + std::to_string(::getpid()) + ".sh";
   std::ofstream(file) << script;
   const std::unique_ptr<std::FILE, decltype(close)> pipe(::popen(("bash " + file).c_str(), "r"),
                                                          close);
@@ -47,6 +50,7 @@ std::vector<std::string> completionsOf(const std::string& words) {
     found.emplace_back(line.data());
     found.back().pop_back();
   }
+  fs::remove(file);
   return found;
 }
 
